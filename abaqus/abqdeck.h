@@ -1,0 +1,110 @@
+// What the reader collects from a deck before it hands it to the store: one record per section, in lists with
+// the newest section first. The reader owns all of it and releases it block by block while it hands over.
+#ifndef KIVOM_ABAQUS_ABQDECK_H
+#define KIVOM_ABAQUS_ABQDECK_H
+
+struct LineSource; // support/lines.h
+
+constexpr int kRecordName = 260;
+
+// One *NODE section.
+struct ABQNodeBlock {
+    ABQNodeBlock *next;
+    char name[kRecordName]; // value of NSET; empty when absent
+    int count, capacity;    // nodes read; length of the columns
+    int *i1Tag;             // [count] tag of each node; absent until the sets are resolved
+    int *i1GID;             // [count] number in the deck
+    double *d1X, *d1Y, *d1Z;
+};
+
+// One *ELEMENT section.
+struct ABQCellBlock {
+    ABQCellBlock *next;
+    char name[kRecordName]; // value of ELSET; empty when absent
+    int type;               // type code of the store; -1 until known
+    int tag;                // -1 until numbered; the tag of every element of the block
+    int nNodes;             // nodes per element
+    int count, capacity;
+    int **i2FaceTag;      // [nNodes][count] surface tag by face label row; absent while no surface names the block
+    int *i1GID;           // [count] number in the deck
+    int **i2Conn;         // [nNodes][count] node numbers, in the deck's order
+    const int *i1MapC2N;  // [nNodes] store node k is deck node i1MapC2N[k]
+    const int *i1MapCFT;  // [nNodes] deck face label row k is store face slot i1MapCFT[k]
+};
+
+// One *NSET or *ELSET section.
+struct ABQSet {
+    ABQSet *next;
+    char name[kRecordName];
+    int count, capacity;
+    int tag;      // node sets: -1 until numbered
+    int *numbers; // [count] node or element numbers
+};
+
+// One *SURFACE section.
+struct ABQSurface {
+    ABQSurface *next;
+    char name[kRecordName];
+    int count, capacity;
+    int tag;          // -1 until numbered
+    char *entryNames; // [count] of 257 characters each: an element set's name or an element's number
+    int *faceRows;    // [count] face label's number minus 1
+};
+
+// The deck.
+struct ABQModel {
+    int nDim; // 2 or 3; 0 while no element section is known
+    ABQNodeBlock *nodeBlocks;
+    ABQSurface *surfaces;
+    ABQCellBlock *cellBlocks;
+    ABQSet *cellSets;
+    ABQSet *nodeSets;
+};
+
+// Ends the process as for a deck that cannot be opened when reading it has failed: a half-read deck must not
+// become a mesh.
+void ABQRequireReadable(const LineSource *stream);
+
+// Section readers. The line in hand is the section's keyword line, whole; afterwards it is the first line that
+// the section did not use (empty at the end of the deck). What was read is pushed at the head of the list; a
+// refused section is reported and leaves the list as it was. A null stream holds no data lines.
+void ReadNodes(LineSource *stream, ABQNodeBlock **list);    // abqnodes.cpp
+void ReadCells(LineSource *stream, ABQCellBlock **list);    // abqcells.cpp
+void ReadNodeSets(LineSource *stream, ABQSet **list);       // abqsets.cpp
+void ReadCellSets(LineSource *stream, ABQSet **list);       // abqsets.cpp
+void ReadSurfaces(LineSource *stream, ABQSurface **list);   // abqsurfaces.cpp
+
+// Ordering (abqorder.cpp): rows by number inside each block, blocks by their first number.
+void ABQOrderNodeBlocks(ABQNodeBlock *list);
+void ABQOrderCellBlocks(ABQCellBlock *list);
+
+// Sorts the rows of one node block by number; the other columns follow. Among equal numbers the order is that of
+// SortByFirstArray2. An absent column (null) is passed over.
+void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z);
+
+// The same for a cell block with its tables [nNodes][count].
+void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2Conn, int **i2FaceTag);
+
+// Exchange the contents of two blocks; each keeps its place in the list.
+void SwapNodeStructures(ABQNodeBlock *a, ABQNodeBlock *b);
+void SwapCellStructures(ABQCellBlock *a, ABQCellBlock *b);
+
+// The steps after reading work on the deck in hand, which LoadABQ makes and releases: one per process.
+ABQModel *ABQDeck();
+
+// Numbering and resolving (abqresolve.cpp): tags of sets, surfaces and blocks; each node's tag, each face's tag.
+void ABQNumberRecords();
+void ABQTagNodes();
+void ABQ_SetCellFaceTagByGID();
+
+// Handing over to the store (abqhandover.cpp).
+void ABQ_AssignSystDim();
+void ABQ_AssignCellMap();
+void ABQ2COM_Node();   // every node; releases the node blocks' columns as it goes
+void ABQ2COM_Cell();   // every cell; releases the cell blocks' columns as it goes
+void ABQ2COM_Groups(); // one node group, face group, cell group for each node set, surface, cell block
+
+// Releases what the deck still holds.
+void ABQReleaseDeck(ABQModel *model);
+
+#endif

@@ -1,0 +1,125 @@
+// Putting the deck in order: rows by number inside each block, blocks by their first number.
+#include "abaqus/abqdeck.h"
+#include "abaqus/abqexchange.h"
+#include "abaqus/abqrecord.h"
+
+#include "support/frame.h"
+
+#include <utility>
+
+namespace {
+
+int *NewInts(int n) {
+    int *ints = AllocINT1D(nullptr, n);
+    RequireBlock(ints);
+    return ints;
+}
+
+// Exchanges the contents of the blocks until position p of the list holds what stood at order[p]. `order` is
+// used up.
+template <class Block> void ArrangeBlocks(Block **blocks, int n, int *order, void (*swap)(Block *, Block *)) {
+    for (int p = 0; p < n; ++p) {
+        int at = p;
+        while (order[at] != p) { // along the cycle, each exchange puts one block where it belongs
+            const int from = order[at];
+            swap(blocks[at], blocks[from]);
+            order[at] = at;
+            at = from;
+        }
+        order[at] = at;
+    }
+}
+
+// The blocks of the list by their first number. An empty block has none: it is never exchanged with another and
+// keeps its place, while the others order around it.
+template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block *)) {
+    Block **blocks = ABQListArray(list);
+    const int nAll = ABQListLength(list);
+    int n = 0;
+    for (int i = 0; i < nAll; ++i) {
+        if (blocks[i]->count > 0) {
+            blocks[n++] = blocks[i];
+        }
+    }
+    if (n > 1) {
+        int *firsts = NewInts(n);
+        int *order = NewInts(n);
+        for (int i = 0; i < n; ++i) {
+            firsts[i] = blocks[i]->i1GID[0];
+        }
+        ABQExchangeOrder(n, firsts, order);
+        ArrangeBlocks(blocks, n, order, swap);
+        AllocINT1D(order, 0);
+        AllocINT1D(firsts, 0);
+    }
+    allocate(blocks, 0);
+}
+
+template <class Block> void SwapContents(Block *a, Block *b) {
+    std::swap(*a, *b);
+    std::swap(a->next, b->next); // each block keeps its place in the list
+}
+
+} // namespace
+
+void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
+    if (count < 2) {
+        return;
+    }
+    int *order = NewInts(count);
+    if (OrderRows(count, i1GID, order)) {
+        double *spare = AllocDBL1D(nullptr, count);
+        RequireBlock(spare);
+        if (i1Tag != nullptr) {
+            ReorderINT(count, i1Tag, order, reinterpret_cast<int *>(spare));
+        }
+        ReorderDBL(count, d1X, order, spare);
+        ReorderDBL(count, d1Y, order, spare);
+        ReorderDBL(count, d1Z, order, spare);
+        AllocDBL1D(spare, 0);
+    }
+    AllocINT1D(order, 0);
+}
+
+void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2Conn, int **i2FaceTag) {
+    if (count < 2) {
+        return;
+    }
+    int *order = NewInts(count);
+    if (OrderRows(count, i1GID, order)) {
+        int *spare = NewInts(count);
+        if (i1Tag != nullptr) {
+            ReorderINT(count, i1Tag, order, spare);
+        }
+        for (int k = 0; k < nNodes; ++k) {
+            ReorderINT(count, i2Conn[k], order, spare);
+            if (i2FaceTag != nullptr) {
+                ReorderINT(count, i2FaceTag[k], order, spare);
+            }
+        }
+        AllocINT1D(spare, 0);
+    }
+    AllocINT1D(order, 0);
+}
+
+void SwapNodeStructures(ABQNodeBlock *a, ABQNodeBlock *b) {
+    SwapContents(a, b);
+}
+
+void SwapCellStructures(ABQCellBlock *a, ABQCellBlock *b) {
+    SwapContents(a, b);
+}
+
+void ABQOrderNodeBlocks(ABQNodeBlock *list) {
+    for (ABQNodeBlock *block = list; block != nullptr; block = block->next) {
+        ABQ_SortNodesByGID(block->count, block->i1GID, block->i1Tag, block->d1X, block->d1Y, block->d1Z);
+    }
+    OrderBlocks(list, SwapNodeStructures);
+}
+
+void ABQOrderCellBlocks(ABQCellBlock *list) {
+    for (ABQCellBlock *block = list; block != nullptr; block = block->next) {
+        ABQ_SortCellsByGID(block->count, block->nNodes, block->i1GID, nullptr, block->i2Conn, block->i2FaceTag);
+    }
+    OrderBlocks(list, SwapCellStructures);
+}

@@ -1,0 +1,91 @@
+// *SURFACE sections: which faces of which elements.
+#include "abaqus/abqcolumns.h"
+#include "abaqus/abqdeck.h"
+#include "abaqus/abqline.h"
+#include "abaqus/abqrecord.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+// clang-format off
+constexpr const char *kRefused[] = {
+    "COMBINE", "CROP", "DEFINITION", "FILLETRADIUS", "INTERNAL", "REGIONTYPE",
+    "TRIM", "MAXRATIO", "NOOFFSET", "NOTHICK", "SCALETHICK",
+};
+// clang-format on
+constexpr int kRefusedCount = sizeof kRefused / sizeof kRefused[0];
+
+// Columns of a section: entry name, face row.
+enum { kName, kFaceRow };
+
+// True when the keyword line names another type than ELEMENT: reported, and the next line is in hand.
+bool RefuseType(LineSource *stream) {
+    char type[kNameBuffer];
+    if (ABQParseLabel(type, "TYPE") == 0 || std::strcmp(type, "ELEMENT") == 0) {
+        return false;
+    }
+    std::printf("\n  Error> only ELEMENT surface type is supported (%s).\n", type);
+    ABQNextLine(stream);
+    return true;
+}
+
+// The face row of a label, its number minus 1: one character of any kind, then a whole number ("S3" is row 2).
+bool ScanFaceRow(const char *label, int *row) {
+    int number;
+    if (std::sscanf(label, "%*c%d", &number) != 1) {
+        return false;
+    }
+    *row = number == INT_MIN ? INT_MIN : number - 1; // both are below any face
+    return true;
+}
+
+// The entry on the line in hand: set or element, face row. False after reporting that one is missing.
+bool ScanEntry(char *name, int *row) {
+    char *cursor = ABQLine();
+    char label[kNameBuffer];
+    const bool hasName = NextCHR(name, &cursor, ',') != 0;
+    const bool hasLabel = NextCHR(label, &cursor, ',') != 0;
+    if (!hasName || !hasLabel || !ScanFaceRow(label, row)) {
+        std::printf("\n  Error> Needed to read both ELSET name & Face/edge id label.\n");
+        return false;
+    }
+    return true;
+}
+
+void ReadRows(LineSource *stream, ABQColumns *rows) {
+    while (ABQNextLine(stream) && !ABQAtKeyword()) {
+        ABQLinkContLines(stream);
+        char name[kNameBuffer];
+        int faceRow;
+        if (ScanEntry(name, &faceRow)) {
+            const int row = ABQAddRow(rows);
+            std::strcpy(rows->columns[kName].data + static_cast<std::ptrdiff_t>(row) * kNameBuffer, name);
+            ABQIntColumn(rows, kFaceRow)[row] = faceRow;
+        }
+    }
+}
+
+} // namespace
+
+void ReadSurfaces(LineSource *stream, ABQSurface **list) {
+    auto *surface = ABQNewRecord<ABQSurface>();
+    ABQParseLabel(surface->name, "NAME");
+    std::printf("  Reading Surface %s ... ", surface->name);
+    if (ABQRefuse(stream, kRefused, kRefusedCount) || RefuseType(stream)) {
+        allocate(surface, 0);
+        return;
+    }
+    ABQColumns rows{};
+    ABQAddColumns(&rows, 1, kNameBuffer);
+    ABQAddColumns(&rows, 1, sizeof(int));
+    ReadRows(stream, &rows);
+    std::printf("done with %d elsets.\n", rows.count);
+    surface->tag = -1;
+    surface->count = surface->capacity = rows.count;
+    surface->entryNames = static_cast<char *>(ABQTakeColumn(&rows, kName));
+    surface->faceRows = static_cast<int *>(ABQTakeColumn(&rows, kFaceRow));
+    ABQPush(list, surface);
+}

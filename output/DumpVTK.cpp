@@ -1,0 +1,360 @@
+// Legacy VTK files, each from top to bottom.
+#include "output/DumpVTK.h"
+
+#include "output/textout.h"
+
+#include "store/COM.h"
+#include "support/frame.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+// Element families ---------------------------------------------------------------------------------------
+//
+// Node k of the VTK cell is store column map[k]. VTK wants the corners of a quadratic cell before its mid-side
+// nodes, the store has those of a triangle in turn. Rows that look like slips are decisions: the 7th node of a
+// TRI7 is not written, C2D6 turns both triangles of its wedge, C2DX is written as the wedge of its six corners,
+// C1D6 as a polygon.
+// clang-format off
+constexpr int i1MapCellTRI3[] = {0, 1, 2};
+constexpr int i1MapCellTRI6[] = {0, 2, 4, 1, 3, 5};
+constexpr int i1MapCellTET4[] = {0, 1, 2, 3};
+constexpr int i1MapCellTETX[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+constexpr int i1MapCellTRI7[] = {0, 2, 4, 1, 3, 5};
+constexpr int i1MapCellC1D6[] = {0, 1, 2, 3, 4, 5};
+constexpr int i1MapCellC1D4[] = {0, 1, 2, 3};
+constexpr int i1MapCellS1D2[] = {0, 1};
+constexpr int i1MapCellS2D3[] = {0, 1, 2};
+constexpr int i1MapCellS2D4[] = {0, 1, 2, 3};
+constexpr int i1MapCellC2D6[] = {0, 2, 1, 3, 5, 4};
+constexpr int i1MapCellC2D8[] = {0, 1, 2, 3, 4, 5, 6, 7};
+constexpr int i1MapCellC2DX[] = {0, 4, 2, 6, 10, 8};
+constexpr int i1MapCellQUA4[] = {0, 1, 2, 3};
+constexpr int i1MapCellHEX8[] = {0, 1, 2, 3, 4, 5, 6, 7};
+
+struct VTKFamily {
+    int code;     // type code of the store
+    int vtkType;
+    int nNodes;   // written
+    const int *map;
+};
+
+constexpr VTKFamily kVTKFamilies[] = {
+    { 3,  5,  3, i1MapCellTRI3}, // triangle
+    { 4, 22,  6, i1MapCellTRI6}, // quadratic triangle
+    { 5, 10,  4, i1MapCellTET4}, // tetra
+    { 6, 24, 10, i1MapCellTETX}, // quadratic tetra
+    {19, 22,  6, i1MapCellTRI7}, // quadratic triangle
+    {20,  7,  6, i1MapCellC1D6}, // polygon
+    {22,  9,  4, i1MapCellC1D4}, // quad
+    {31,  3,  2, i1MapCellS1D2}, // line
+    {32,  5,  3, i1MapCellS2D3}, // triangle
+    {33,  9,  4, i1MapCellS2D4}, // quad
+    {36, 13,  6, i1MapCellC2D6}, // wedge
+    {37, 12,  8, i1MapCellC2D8}, // hexahedron
+    {38, 13,  6, i1MapCellC2DX}, // wedge
+    {52,  9,  4, i1MapCellQUA4}, // quad
+    {55, 12,  8, i1MapCellHEX8}, // hexahedron
+};
+// clang-format on
+
+// The families by type code. They are made for each file and released with it.
+constexpr int kCodes = 100;
+int *i1SizCellConn = nullptr;          // [kCodes] nodes written; 0 for a code without a family
+int *i1MapCellType = nullptr;          // [kCodes] VTK type; 0 likewise
+const int **i2MapCellConn = nullptr;   // [kCodes] map
+
+// Makes the tables that are absent.
+void InitVTK() {
+    if (i1SizCellConn == nullptr) {
+        i1SizCellConn = AllocINT1D(nullptr, kCodes);
+        RequireBlock(i1SizCellConn);
+        std::fill_n(i1SizCellConn, kCodes, 0);
+        for (const VTKFamily &family : kVTKFamilies) {
+            i1SizCellConn[family.code] = family.nNodes;
+        }
+    }
+    if (i1MapCellType == nullptr) {
+        i1MapCellType = AllocINT1D(nullptr, kCodes);
+        RequireBlock(i1MapCellType);
+        std::fill_n(i1MapCellType, kCodes, 0);
+        for (const VTKFamily &family : kVTKFamilies) {
+            i1MapCellType[family.code] = family.vtkType;
+        }
+    }
+    if (i2MapCellConn == nullptr) {
+        i2MapCellConn = static_cast<const int **>(allocate(nullptr, kCodes * sizeof(int *)));
+        RequireBlock(i2MapCellConn);
+        std::fill_n(i2MapCellConn, kCodes, nullptr);
+        for (const VTKFamily &family : kVTKFamilies) {
+            i2MapCellConn[family.code] = family.map;
+        }
+    }
+}
+
+void ReleaseTables() {
+    i1SizCellConn = AllocINT1D(i1SizCellConn, 0);
+    i1MapCellType = AllocINT1D(i1MapCellType, 0);
+    i2MapCellConn = static_cast<const int **>(allocate(i2MapCellConn, 0));
+}
+
+// A code the tables can be asked for: those outside have no family, like 0.
+int KnownCode(int code) {
+    return code >= 0 && code < kCodes ? code : 0;
+}
+
+// Pieces of a file ---------------------------------------------------------------------------------------
+
+void PutHeader(TextOut *out) {
+    PutText(out, "# vtk DataFile Version 3.0\n");
+    PutText(out, "vtk output\n");
+    PutText(out, "ASCII\n");
+    PutText(out, "DATASET UNSTRUCTURED_GRID\n");
+}
+
+// "WORD n" and perhaps a second number, with what follows.
+void PutCount(TextOut *out, const char *word, long long n, const char *end) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%s %lld%s", word, n, end);
+    PutText(out, text);
+}
+
+void PutCellsLine(TextOut *out, int nCells, long long total) {
+    char text[64];
+    std::snprintf(text, sizeof text, "CELLS %d %lld\n", nCells, total);
+    PutText(out, text);
+}
+
+void PutPoint(TextOut *out, double x, double y, double z) {
+    char *at = RowBegin(out);
+    at = FieldReal15(at, x);
+    at = FieldReal15(at, y);
+    at = FieldReal15(at, z);
+    RowEnd(out, FieldBytes(at, "\n", 1));
+}
+
+// Ten values to a line. The line end follows the tenth value at once, so a list of ten, twenty, ... is followed
+// by an empty line once it is closed.
+constexpr int kPerLine = 10;
+
+// `value(i)` for i = 0..n-1, without the closing line end.
+template <class Value> void PutValues(TextOut *out, int n, Value value) {
+    for (int i = 0; i < n;) {
+        char *at = RowBegin(out);
+        const int end = std::min(n, i + kPerLine);
+        for (; i < end; ++i) {
+            at = FieldInt5(at, value(i));
+        }
+        if (i % kPerLine == 0) {
+            *at++ = '\n';
+        }
+        RowEnd(out, at);
+    }
+}
+
+// A scalar block of `n` values; an empty list is one line end.
+void PutScalars(TextOut *out, const char *name, int n, const int *values) {
+    PutText(out, "SCALARS ");
+    PutText(out, name);
+    PutText(out, " int\nLOOKUP_TABLE default\n");
+    PutValues(out, n, [values](int i) { return values[i]; });
+    PutText(out, "\n");
+}
+
+long long TotalCellSize(int nCells, const int *cellType) {
+    long long total = 0;
+    for (int i = 0; i < nCells; ++i) {
+        total += i1SizCellConn[KnownCode(cellType[i])] + 1;
+    }
+    return total;
+}
+
+void PutCellRows(TextOut *out, int nCells, const int *cellType, const int *const *conn) {
+    for (int i = 0; i < nCells; ++i) {
+        const int code = KnownCode(cellType[i]);
+        const int size = i1SizCellConn[code];
+        const int *map = i2MapCellConn[code];
+        char *at = FieldInt5(RowBegin(out), size);
+        for (int k = 0; k < size; ++k) {
+            at = FieldInt10(at, conn[map[k]][i]);
+        }
+        RowEnd(out, FieldBytes(at, "\n", 1));
+    }
+}
+
+// Files --------------------------------------------------------------------------------------------------
+
+// Says which file comes, and opens it; says so when that fails.
+bool BeginFile(TextOut *out, const char *path) {
+    std::printf("\n  Dumping VTK file %s ...", path);
+    if (OpenText(out, path)) {
+        return true;
+    }
+    std::printf("\n Error> cannot open file %s\n", path);
+    return false;
+}
+
+void EndFile(TextOut *out) {
+    ReleaseTables();
+    CloseText(out);
+    std::printf(" done.");
+}
+
+// One complete unstructured grid. Arrays hold nPoints or nCells entries, `conn` is a table [column][nCells].
+void OutpVTK(const char *path, int nPoints, const int *nodeTag, const double *x, const double *y, const double *z,
+             const int *onB, int nCells, const int *cellType, const int *cellTag, const int *const *conn) {
+    TextOut out;
+    if (!BeginFile(&out, path)) {
+        return;
+    }
+    InitVTK();
+    PutHeader(&out);
+    PutCount(&out, "POINTS", nPoints, " float\n");
+    for (int i = 0; i < nPoints; ++i) {
+        PutPoint(&out, x[i], y[i], z[i]);
+    }
+    PutText(&out, "\n");
+    PutCellsLine(&out, nCells, TotalCellSize(nCells, cellType));
+    PutCellRows(&out, nCells, cellType, conn);
+    PutText(&out, "\n");
+    PutCount(&out, "CELL_TYPES", nCells, "\n");
+    PutValues(&out, nCells, [cellType](int i) { return i1MapCellType[KnownCode(cellType[i])]; });
+    PutText(&out, "\n");
+    PutCount(&out, "CELL_DATA", nCells, "\n");
+    PutScalars(&out, "CellTag", nCells, cellTag);
+    PutCount(&out, "POINT_DATA", nPoints, "\n");
+    PutScalars(&out, "NodeTag", nPoints, nodeTag);
+    PutScalars(&out, "OnB", nPoints, onB);
+    EndFile(&out);
+}
+
+// The nodes of each tag, in store order: those of tag t stand at nodes[start[p]] to nodes[start[p + 1] - 1] where
+// tags[p] is t. Made once, so that files of thousands of node groups do not look through all nodes each.
+struct NodesByTag {
+    int nTags;
+    int *tags;  // [nTags] of the node groups, ascending, each once
+    int *start; // [nTags + 1]
+    int *nodes; // all nodes that carry one of the tags
+};
+
+// Position of the tag, or -1.
+int FindTag(const NodesByTag &byTag, int tag) {
+    const int *end = byTag.tags + byTag.nTags;
+    const int *found = std::lower_bound(static_cast<const int *>(byTag.tags), end, tag);
+    return found != end && *found == tag ? static_cast<int>(found - byTag.tags) : -1;
+}
+
+void CollectTags(NodesByTag *byTag, const GRnode *groups) {
+    int n = 0;
+    for (const GRnode *group = groups; group != nullptr; group = group->next) {
+        ++n;
+    }
+    byTag->tags = AllocINT1D(nullptr, n);
+    byTag->start = AllocINT1D(nullptr, n + 1);
+    RequireBlock(byTag->start);
+    n = 0;
+    for (const GRnode *group = groups; group != nullptr; group = group->next) {
+        RequireBlock(byTag->tags);
+        byTag->tags[n++] = group->iTag;
+    }
+    std::sort(byTag->tags, byTag->tags + n);
+    byTag->nTags = static_cast<int>(std::unique(byTag->tags, byTag->tags + n) - byTag->tags);
+}
+
+NodesByTag SortNodesByTag(const Mesh *mesh) {
+    const Nodes *nodes = mesh->Nodes;
+    NodesByTag byTag{};
+    CollectTags(&byTag, mesh->GRnode);
+    std::fill_n(byTag.start, byTag.nTags + 1, 0);
+    for (int i = 0; i < nodes->nNum; ++i) {
+        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        if (p != -1) {
+            ++byTag.start[p + 1];
+        }
+    }
+    for (int p = 0; p < byTag.nTags; ++p) {
+        byTag.start[p + 1] += byTag.start[p];
+    }
+    const int total = byTag.start[byTag.nTags];
+    byTag.nodes = AllocINT1D(nullptr, total);
+    for (int i = nodes->nNum - 1; i >= 0 && total > 0; --i) { // from behind: start[p + 1] runs down to start[p]
+        RequireBlock(byTag.nodes);
+        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        if (p != -1) {
+            byTag.nodes[--byTag.start[p + 1]] = i;
+        }
+    }
+    for (int p = 0; p < byTag.nTags; ++p) { // and now stands where list p begins: move all back by one place
+        byTag.start[p] = byTag.start[p + 1];
+    }
+    byTag.start[byTag.nTags] = total;
+    return byTag;
+}
+
+void ReleaseNodesByTag(NodesByTag *byTag) {
+    AllocINT1D(byTag->tags, 0);
+    AllocINT1D(byTag->start, 0);
+    AllocINT1D(byTag->nodes, 0);
+}
+
+// The points of one node group and a vertex cell for each; no data.
+void PutNodeSet(TextOut *out, const Nodes *nodes, const int *members, int n) {
+    PutHeader(out);
+    PutCount(out, "POINTS", n, " float\n");
+    for (int j = 0; j < n; ++j) {
+        const int i = members[j];
+        PutPoint(out, nodes->d1X[i], nodes->d1Y[i], nodes->d1Z[i]);
+    }
+    PutText(out, "\n");
+    PutCellsLine(out, n, 2LL * n);
+    for (int j = 0; j < n; ++j) { // positions in this file's own list of points
+        char *at = FieldInt10(RowBegin(out), 1);
+        *at++ = ' ';
+        at = FieldInt10(at, j);
+        RowEnd(out, FieldBytes(at, "\n", 1));
+    }
+    PutText(out, "\n");
+    PutCount(out, "CELL_TYPES", n, "\n");
+    PutValues(out, n, [](int) { return 1; });
+    PutText(out, "\n");
+}
+
+void DumpNodeSet(const Nodes *nodes, const NodesByTag &byTag, const GRnode *group) {
+    char path[kGroupNameBuffer + 16];
+    std::snprintf(path, sizeof path, "_NSET_%s.vtk", group->c1Name);
+    TextOut out;
+    if (!BeginFile(&out, path)) {
+        return;
+    }
+    InitVTK();
+    const int p = FindTag(byTag, group->iTag);
+    PutNodeSet(&out, nodes, byTag.nodes + byTag.start[p], byTag.start[p + 1] - byTag.start[p]);
+    EndFile(&out);
+}
+
+} // namespace
+
+void DumpVTK() {
+    const Mesh *mesh = GetCOM();
+    if (mesh == nullptr) {
+        return;
+    }
+    const Nodes *nodes = mesh->Nodes;
+    const Cells *cells = mesh->Cells;
+    const Faces *faces = mesh->Faces;
+    if (cells->nNum > 0) {
+        OutpVTK("_Cells.vtk", nodes->nNum, nodes->i1Tag, nodes->d1X, nodes->d1Y, nodes->d1Z, nodes->i1OnB, cells->nNum,
+                cells->i1Type, cells->i1Tag, cells->i2Conn);
+    }
+    if (faces->nNum > 0) {
+        OutpVTK("_Faces.vtk", nodes->nNum, nodes->i1Tag, nodes->d1X, nodes->d1Y, nodes->d1Z, nodes->i1OnB, faces->nNum,
+                faces->i1Type, faces->i1Tag, faces->i2Conn);
+    }
+    NodesByTag byTag = SortNodesByTag(mesh);
+    for (const GRnode *group = mesh->GRnode; group != nullptr; group = group->next) {
+        DumpNodeSet(nodes, byTag, group);
+    }
+    ReleaseNodesByTag(&byTag);
+}

@@ -1,0 +1,227 @@
+// Records of the mesh store: making, growing, releasing.
+#include "store/sys.h"
+
+#include "support/frame.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+
+namespace {
+
+// The column count with which a kind's connectivity was first grown; 0 before.
+int facesMceno = 0;
+int cellsMceno = 0;
+
+template <class Record> Record *NewRecord() {
+    auto *record = static_cast<Record *>(allocate(nullptr, sizeof(Record)));
+    RequireBlock(record);
+    *record = Record{};
+    return record;
+}
+
+template <class Group> Group *NewGroup() {
+    auto *group = NewRecord<Group>();
+    group->iTag = -1;
+    return group;
+}
+
+void Resize(int **column, int n) {
+    *column = AllocINT1D(*column, n);
+    RequireBlock(*column);
+}
+
+void Resize(double **column, int n) {
+    *column = AllocDBL1D(*column, n);
+    RequireBlock(*column);
+}
+
+// Resizes a table of `held` columns to `columns` columns of n entries.
+void ResizeTable(int ***table, int held, int columns, int n) {
+    if (columns < 1) {
+        return;
+    }
+    if (*table != nullptr && columns > held) { // late columns must be absent before they are resized
+        *table = static_cast<int **>(allocate(*table, static_cast<std::uint64_t>(columns) * sizeof(int *)));
+        RequireBlock(*table);
+        std::fill(*table + held, *table + columns, nullptr);
+    }
+    *table = AllocINT2D(*table, columns, n);
+    RequireBlock(*table);
+    for (int k = 0; k < columns; ++k) {
+        RequireBlock((*table)[k]);
+    }
+}
+
+void CheckMceno(int *mceno, int columns, const char *message) {
+    if (*mceno > 0 && *mceno != columns) {
+        std::printf("%s\n", message);
+    } else if (*mceno <= 0) {
+        *mceno = columns;
+    }
+}
+
+// Counts `count` more entries. True when the arrays must grow to the new capacity. The last free entry is never
+// handed out without growing first: the step comes when the count reaches the capacity, not when it passes it.
+// `step` is told of every growth step on the way.
+template <class Step> bool Count(int *nNum, int *nMax, int count, Step step) {
+    if (count > INT_MAX - 1 - *nNum) {
+        RequireBlock(nullptr); // more entries than positions can number: no store can hold them
+    }
+    *nNum += count;
+    const bool grows = count > 0 && *nNum >= *nMax;
+    while (count > 0 && *nNum >= *nMax) {
+        *nMax = NextCapacity(*nMax);
+        step();
+    }
+    return grows;
+}
+
+} // namespace
+
+Mesh *NewMesh() {
+    auto *mesh = NewRecord<Mesh>();
+    mesh->Nodes = NewNodes();
+    mesh->Faces = NewFaces();
+    mesh->Cells = NewCells();
+    return mesh;
+}
+
+Nodes *NewNodes() {
+    return NewRecord<Nodes>();
+}
+
+Faces *NewFaces() {
+    return NewRecord<Faces>();
+}
+
+Cells *NewCells() {
+    return NewRecord<Cells>();
+}
+
+GRcell *NewGRcell() {
+    return NewGroup<GRcell>();
+}
+
+GRface *NewGRface() {
+    return NewGroup<GRface>();
+}
+
+GRnode *NewGRnode() {
+    return NewGroup<GRnode>();
+}
+
+void DelNodes(Nodes *nodes) {
+    AllocINT1D(nodes->i1Mark, 0);
+    AllocINT1D(nodes->i1GID, 0);
+    AllocINT1D(nodes->i1Tag, 0);
+    AllocDBL1D(nodes->d1X, 0);
+    AllocDBL1D(nodes->d1Y, 0);
+    AllocDBL1D(nodes->d1Z, 0);
+    AllocINT1D(nodes->i1OnB, 0);
+    allocate(nodes, 0);
+}
+
+void DelFaces(Faces *faces) {
+    AllocINT1D(faces->i1Type, 0);
+    AllocINT1D(faces->i1Tag, 0);
+    AllocINT1D(faces->i1NumNodes, 0);
+    AllocINT2D(faces->i2Conn, faces->nColumns, 0);
+    allocate(faces, 0);
+}
+
+void DelCells(Cells *cells) {
+    AllocINT1D(cells->i1Mark, 0);
+    AllocINT1D(cells->i1Type, 0);
+    AllocINT1D(cells->i1Tag, 0);
+    AllocINT1D(cells->i1NumNodes, 0);
+    AllocINT2D(cells->i2FaceTag, cells->nColumns, 0);
+    AllocINT2D(cells->i2Conn, cells->nColumns, 0);
+    allocate(cells, 0);
+}
+
+void DelGRcell(GRcell *group) {
+    allocate(group, 0);
+}
+
+void DelGRface(GRface *group) {
+    allocate(group, 0);
+}
+
+void DelGRnode(GRnode *group) {
+    allocate(group, 0);
+}
+
+int ReserveNodes(Nodes *nodes, int count) {
+    const int first = nodes->nNum;
+    if (!Count(&nodes->nNum, &nodes->nMax, count, [] {})) {
+        return first;
+    }
+    Resize(&nodes->i1Mark, nodes->nMax);
+    Resize(&nodes->i1GID, nodes->nMax);
+    Resize(&nodes->i1Tag, nodes->nMax);
+    Resize(&nodes->d1X, nodes->nMax);
+    Resize(&nodes->d1Y, nodes->nMax);
+    Resize(&nodes->d1Z, nodes->nMax);
+    Resize(&nodes->i1OnB, nodes->nMax);
+    return first;
+}
+
+int ReserveFaces(Faces *faces, int count) {
+    const int first = faces->nNum;
+    const bool grows = Count(&faces->nNum, &faces->nMax, count, [faces] {
+        CheckMceno(&facesMceno, faces->nNodesPerFace, "\n  Error> unmatched mceno in Alloc_Faces.");
+    });
+    if (!grows && faces->nColumns >= faces->nNodesPerFace) {
+        return first;
+    }
+    Resize(&faces->i1Type, faces->nMax);
+    Resize(&faces->i1Tag, faces->nMax);
+    Resize(&faces->i1NumNodes, faces->nMax);
+    ResizeTable(&faces->i2Conn, faces->nColumns, faces->nNodesPerFace, faces->nMax);
+    faces->nColumns = faces->nNodesPerFace;
+    return first;
+}
+
+int ReserveCells(Cells *cells, int count) {
+    const int first = cells->nNum;
+    const bool grows = Count(&cells->nNum, &cells->nMax, count, [cells] {
+        CheckMceno(&cellsMceno, cells->nNodesPerCell, "\n  Error> unmatched mceno in Alloc_Cells.");
+    });
+    if (!grows && cells->nColumns >= cells->nNodesPerCell) {
+        return first;
+    }
+    Resize(&cells->i1Mark, cells->nMax);
+    Resize(&cells->i1Type, cells->nMax);
+    Resize(&cells->i1Tag, cells->nMax);
+    Resize(&cells->i1NumNodes, cells->nMax);
+    ResizeTable(&cells->i2Conn, cells->nColumns, cells->nNodesPerCell, cells->nMax);
+    ResizeTable(&cells->i2FaceTag, cells->nColumns, cells->nNodesPerCell, cells->nMax);
+    cells->nColumns = cells->nNodesPerCell;
+    return first;
+}
+
+int GetNextAviableNode(Nodes *nodes) {
+    return ReserveNodes(nodes, 1);
+}
+
+int GetNextAviableFace(Faces *faces) {
+    return ReserveFaces(faces, 1);
+}
+
+int GetNextAviableCell(Cells *cells) {
+    return ReserveCells(cells, 1);
+}
+
+void SetNumNodesFaces(int n, Faces *faces) {
+    faces->nNodesPerFace = std::max(faces->nNodesPerFace, n);
+}
+
+void SetNumNodesCells(int n, Cells *cells) {
+    cells->nNodesPerCell = std::max(cells->nNodesPerCell, n);
+}
+
+void ForgetColumnCounts() {
+    facesMceno = 0;
+    cellsMceno = 0;
+}

@@ -1,0 +1,55 @@
+// The order of the translation's steps, and the mesh summary.
+#include "translate/MeshAll.h"
+
+#include "translate/steps.h"
+
+#include "store/COM.h"
+#include "support/frame.h"
+
+#include <cstdio>
+
+namespace {
+
+template <class Group> int CountGroups(const Group *group) {
+    int n = 0;
+    for (; group != nullptr; group = group->next) {
+        ++n;
+    }
+    return n;
+}
+
+void PrintSummary(const Mesh *mesh) {
+    std::printf("  Mesh summary:\n");
+    std::printf("    Number of dimensions  = %d\n", mesh->nDim);
+    std::printf("    Number of nodes       = %d\n", mesh->Nodes->nNum);
+    std::printf("    Number of elements    = %d\n", mesh->Cells->nNum);
+    std::printf("    Number of node groups = %d\n", CountGroups(mesh->GRnode));
+    std::printf("    Number of face groups = %d\n", CountGroups(mesh->GRface));
+    std::printf("    Number of cell groups = %d\n", CountGroups(mesh->GRcell));
+    std::printf("    Maximum edge length   = %e\n", mesh->Nodes->dMaxEdge);
+    std::printf("    Minimum edge length   = %e\n", mesh->Nodes->dMinEdge);
+    std::printf("    Characteristic length = %e\n", mesh->Nodes->dCharLen);
+}
+
+} // namespace
+
+void MeshAll() {
+    Mesh *mesh = GetCOM();
+    if (mesh == nullptr) {
+        return;
+    }
+    std::printf("\nTranslating mesh ... \n");
+    const double start = ProcessorSeconds();
+
+    NumberNodes(mesh);
+    ChckCellsOrde(mesh);
+    CalLength(mesh);
+    CalCharac(mesh);
+    SplitCohesiveCells(mesh);
+    ApFaces(mesh);
+    DropUnusedNodes(mesh);
+    FlagBoundaryNodes(mesh);
+
+    PrintSummary(mesh);
+    std::printf("Elapsed Time: %f sec.\n", ProcessorSeconds() - start);
+}
