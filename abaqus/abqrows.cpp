@@ -4,6 +4,7 @@
 #include "abaqus/abqline.h"
 
 #include <charconv>
+#include <climits>
 
 namespace {
 
@@ -21,19 +22,21 @@ unsigned DigitValue(char c) {
     return static_cast<unsigned>(static_cast<unsigned char>(c)) - '0'; // above 9 for anything but a digit
 }
 
-// Digits at `at` as a number; the place behind them and any blanks, or null when it is not a plain number.
-const char *PlainInteger(const char *at, int *value) {
-    constexpr int kSafeDigits = 9; // 999,999,999 fits an int
+// Digits at `at` as a number; the place behind them and any blanks, or null when it is not a plain number within
+// an int.
+inline const char *PlainInteger(const char *at, int *value) {
+    constexpr int kMostDigits = 10; // of an int; that many fit the sum below, whatever they are
     at = SkipDropped(at);
     const char *first = at;
-    unsigned number = DigitValue(*at);
-    if (number > 9) {
+    unsigned digit = DigitValue(*at);
+    if (digit > 9) {
         return nullptr;
     }
-    for (++at; DigitValue(*at) <= 9; ++at) {
-        number = number * 10 + DigitValue(*at); // may wrap when there are too many digits
+    unsigned long long number = 0;
+    for (; digit <= 9; digit = DigitValue(*++at)) {
+        number = number * 10 + digit; // may wrap when there are too many
     }
-    if (at - first > kSafeDigits) {
+    if (at - first > kMostDigits || number > INT_MAX) {
         return nullptr;
     }
     *value = static_cast<int>(number);

@@ -15,7 +15,7 @@ namespace {
 // Blocks from this size on are mapped on their own: they grow without being copied and go back to the system
 // when they are released. Left alone, the C library raises its threshold at the first release, and from then
 // on doubling a column copies it.
-constexpr int kMapThreshold = 1 << 20;
+constexpr int kMapThreshold = 64 * 1024;
 
 constexpr mode_t kNewFileMode = 0666; // the process's umask takes away from it, as for any new file
 
