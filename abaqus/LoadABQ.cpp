@@ -24,31 +24,44 @@ char c1inpfilename[kNameBuffer];
     std::exit(kUnreadableStatus);
 }
 
-// Each keyword is sought with a comma behind it, on the line with a comma appended: "*NODE" then matches neither
+struct Section {
+    const char *keyword;
+    void (*read)(LineSource *stream);
+};
+
+// In the order in which they are sought. Each stands with a comma behind it: "*NODE" then matches neither
 // "*NODEOUTPUT" nor "*NODEPRINT".
-bool IsKeyword(const char *keyword) {
-    char *line = ABQLine();
-    const std::size_t length = std::strlen(line);
-    line[length] = ','; // the buffer keeps room for it
-    line[length + 1] = '\0';
-    const bool found = Find(line, keyword) != 0;
-    line[length] = '\0';
+constexpr Section kSections[] = {
+    {"*NODE,", [](LineSource *stream) { ReadNodes(stream, &deck->nodeBlocks); }},
+    {"*ELEMENT,", [](LineSource *stream) { ReadCells(stream, &deck->cellBlocks); }},
+    {"*NSET,", [](LineSource *stream) { ReadNodeSets(stream, &deck->nodeSets); }},
+    {"*ELSET,", [](LineSource *stream) { ReadCellSets(stream, &deck->cellSets); }},
+    {"*SURFACE,", [](LineSource *stream) { ReadSurfaces(stream, &deck->surfaces); }},
+};
+
+// The section that the keyword line in hand begins, or null for a keyword of no interest. The keyword may stand
+// anywhere on the line; the line counts with a comma appended.
+const Section *SectionInHand() {
+    char *end = ABQLine() + std::strlen(ABQLine());
+    end[0] = ','; // the buffer keeps room for it
+    end[1] = '\0';
+    const Section *found = nullptr;
+    for (const Section &section : kSections) {
+        if (Find(ABQLine(), section.keyword) != 0) {
+            found = &section;
+            break;
+        }
+    }
+    end[0] = '\0';
     return found;
 }
 
 // Reads the section whose keyword line is in hand. A keyword of no interest is dropped, and its data lines with
 // it: they begin no keyword line.
 void ReadSection(LineSource *stream) {
-    if (IsKeyword("*NODE,")) {
-        ReadNodes(stream, &deck->nodeBlocks);
-    } else if (IsKeyword("*ELEMENT,")) {
-        ReadCells(stream, &deck->cellBlocks);
-    } else if (IsKeyword("*NSET,")) {
-        ReadNodeSets(stream, &deck->nodeSets);
-    } else if (IsKeyword("*ELSET,")) {
-        ReadCellSets(stream, &deck->cellSets);
-    } else if (IsKeyword("*SURFACE,")) {
-        ReadSurfaces(stream, &deck->surfaces);
+    const Section *section = SectionInHand();
+    if (section != nullptr) {
+        section->read(stream);
     } else {
         ABQDropLine();
     }

@@ -25,11 +25,11 @@ struct ABQCellBlock {
     int tag;                // -1 until numbered; the tag of every element of the block
     int nNodes;             // nodes per element
     int count, capacity;
-    int **i2FaceTag;      // [nNodes][count] surface tag by face label row; absent while no surface names the block
-    int *i1GID;           // [count] number in the deck
-    int **i2Conn;         // [nNodes][count] node numbers, in the deck's order
-    const int *i1MapC2N;  // [nNodes] store node k is deck node i1MapC2N[k]
-    const int *i1MapCFT;  // [nNodes] deck face label row k is store face slot i1MapCFT[k]
+    int **i2FaceTag;     // [faces][count] surface tag by face label row; absent while no surface names the block
+    int *i1GID;          // [count] number in the deck
+    int **i2Conn;        // [nNodes][count] node numbers, in the deck's order
+    const int *i1MapC2N; // [nNodes] store node k is deck node i1MapC2N[k]
+    const int *i1MapCFT; // [nNodes] deck face label row k is store face slot i1MapCFT[k]
 };
 
 // One *NSET or *ELSET section.
@@ -68,11 +68,11 @@ void ABQRequireReadable(const LineSource *stream);
 // Section readers. The line in hand is the section's keyword line, whole; afterwards it is the first line that
 // the section did not use (empty at the end of the deck). What was read is pushed at the head of the list; a
 // refused section is reported and leaves the list as it was. A null stream holds no data lines.
-void ReadNodes(LineSource *stream, ABQNodeBlock **list);    // abqnodes.cpp
-void ReadCells(LineSource *stream, ABQCellBlock **list);    // abqcells.cpp
-void ReadNodeSets(LineSource *stream, ABQSet **list);       // abqsets.cpp
-void ReadCellSets(LineSource *stream, ABQSet **list);       // abqsets.cpp
-void ReadSurfaces(LineSource *stream, ABQSurface **list);   // abqsurfaces.cpp
+void ReadNodes(LineSource *stream, ABQNodeBlock **list);  // abqnodes.cpp
+void ReadCells(LineSource *stream, ABQCellBlock **list);  // abqcells.cpp
+void ReadNodeSets(LineSource *stream, ABQSet **list);     // abqsets.cpp
+void ReadCellSets(LineSource *stream, ABQSet **list);     // abqsets.cpp
+void ReadSurfaces(LineSource *stream, ABQSurface **list); // abqsurfaces.cpp
 
 // Ordering (abqorder.cpp): rows by number inside each block, blocks by their first number.
 void ABQOrderNodeBlocks(ABQNodeBlock *list);

@@ -70,9 +70,8 @@ void SortPositions(int n, const int *firsts, int *positions) {
     for (int i = 0; i < n; ++i) {
         positions[i] = i;
     }
-    std::sort(positions, positions + n, [firsts](int a, int b) {
-        return firsts[a] != firsts[b] ? firsts[a] < firsts[b] : a < b;
-    });
+    std::sort(positions, positions + n,
+              [firsts](int a, int b) { return firsts[a] != firsts[b] ? firsts[a] < firsts[b] : a < b; });
 }
 
 // smaller[i] = how many of the blocks before i begin with a smaller number.

@@ -125,6 +125,18 @@ bool AppendPhysicalLine(LineSource *stream, bool *empty) {
     return true;
 }
 
+// The place behind the first `name` that is followed by "=", or null.
+const char *BehindKey(const char *text, const char *name) {
+    const std::size_t length = std::strlen(name);
+    while ((text = std::strstr(text, name)) != nullptr) {
+        if (text[length] == '=') {
+            return text + length + 1;
+        }
+        ++text;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 int ABQCompressLine(char *line) {
@@ -168,14 +180,11 @@ void ABQLinkContLines(LineSource *stream) {
 }
 
 int ABQParseLabel(char *value, const char *name) {
-    char key[kNameBuffer + 1];
-    std::snprintf(key, sizeof key, "%s=", name);
     value[0] = '\0';
-    const char *found = std::strstr(c1inpbuff, key);
-    if (found == nullptr) {
+    const char *from = BehindKey(c1inpbuff, name);
+    if (from == nullptr) {
         return 0;
     }
-    const char *from = found + std::strlen(key);
     const std::size_t length = std::strcspn(from, ",");
     if (length > kNameLength) {
         std::printf("\n  Error> the value of %s is longer than %d characters.\n", name, kNameLength);

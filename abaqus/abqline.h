@@ -31,8 +31,8 @@ void ABQLinkContLines(LineSource *stream);
 void ABQDropLine();
 
 // The value of the parameter `name` on the line in hand ("TYPE" of "*ELEMENT,TYPE=C3D4"), up to the next comma,
-// into `value` (257 bytes or more). Returns 1 when the line holds name and "=" anywhere, also inside a longer word; else
-// 0 and an empty value. A value of more than 256 characters is cut and reported.
+// into `value` (257 bytes or more). Returns 1 when the line holds name and "=" anywhere, also inside a longer word;
+// else 0 and an empty value. A value of more than 256 characters is cut and reported.
 int ABQParseLabel(char *value, const char *name);
 
 // True when one of the words stands anywhere on the line in hand: the first found is reported, and the next

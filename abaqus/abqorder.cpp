@@ -119,7 +119,8 @@ void ABQOrderNodeBlocks(ABQNodeBlock *list) {
 
 void ABQOrderCellBlocks(ABQCellBlock *list) {
     for (ABQCellBlock *block = list; block != nullptr; block = block->next) {
-        ABQ_SortCellsByGID(block->count, block->nNodes, block->i1GID, nullptr, block->i2Conn, block->i2FaceTag);
+        // No tags yet: they are set when the order is final.
+        ABQ_SortCellsByGID(block->count, block->nNodes, block->i1GID, nullptr, block->i2Conn, nullptr);
     }
     OrderBlocks(list, SwapCellStructures);
 }

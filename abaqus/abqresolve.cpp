@@ -90,8 +90,8 @@ void SortSetsByName(FaceTagger *tagger, ABQSet *list) {
         const int order = std::strcmp(a->name, b->name);
         return order != 0 ? order < 0 : a->tag < b->tag;
     });
-    tagger->applied = static_cast<AppliedSet *>(
-        allocate(nullptr, static_cast<std::uint64_t>(tagger->nSets) * sizeof(AppliedSet)));
+    tagger->applied =
+        static_cast<AppliedSet *>(allocate(nullptr, static_cast<std::uint64_t>(tagger->nSets) * sizeof(AppliedSet)));
     for (int i = 0; i < tagger->nSets; ++i) {
         RequireBlock(tagger->applied);
         std::fill_n(tagger->applied[i].misses, kRowKinds, kNotApplied);

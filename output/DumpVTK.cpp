@@ -62,9 +62,9 @@ constexpr VTKFamily kVTKFamilies[] = {
 
 // The families by type code. They are made for each file and released with it.
 constexpr int kCodes = 100;
-int *i1SizCellConn = nullptr;          // [kCodes] nodes written; 0 for a code without a family
-int *i1MapCellType = nullptr;          // [kCodes] VTK type; 0 likewise
-const int **i2MapCellConn = nullptr;   // [kCodes] map
+int *i1SizCellConn = nullptr;        // [kCodes] nodes written; 0 for a code without a family
+int *i1MapCellType = nullptr;        // [kCodes] VTK type; 0 likewise
+const int **i2MapCellConn = nullptr; // [kCodes] map
 
 // Makes the tables that are absent.
 void InitVTK() {

@@ -4,7 +4,7 @@
 #include "support/frame.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cstring>
 
 // The pointer bears its record's name; in the namespace below the two would hide one another.
 static struct Mesh *Mesh = nullptr;
@@ -20,7 +20,9 @@ void MakeMesh() {
 template <class Group> void PushGroup(Group **head, Group *group, int tag, const char *name) {
     group->next = *head;
     group->iTag = tag;
-    std::snprintf(group->c1Name, sizeof group->c1Name, "%s", name);
+    const std::size_t length = strnlen(name, sizeof group->c1Name - 1);
+    std::memcpy(group->c1Name, name, length);
+    group->c1Name[length] = '\0';
     *head = group;
 }
 

@@ -40,8 +40,8 @@ enum TypeCode {
 constexpr int kGroupNameBuffer = 260;
 
 struct Nodes {
-    int nMax; // allocated entries of every array
-    int nNum; // entries in use
+    int nMax;                            // allocated entries of every array
+    int nNum;                            // entries in use
     double dMinEdge, dMaxEdge, dCharLen; // of the whole mesh, in the deck's unit of length; unset when new
     int *i1Mark;                         // scratch of the translation
     int *i1GID;                          // number
@@ -83,8 +83,8 @@ using GRface = GRnode; // the same layout, made and released by the same routine
 struct GRcell {
     GRcell *next;
     char c1Name[kGroupNameBuffer];
-    int iTag; // -1 when new
-    int iAux; // 0; no phase uses it
+    int iTag;                            // -1 when new
+    int iAux;                            // 0; no phase uses it
     double dMaxEdge, dMinEdge, dCharLen; // of the group's cells, in the deck's unit of length; 0 when new
 };
 

@@ -24,11 +24,11 @@ constexpr int kNameBuffer = kNameLength + 1;
 // lost, and the fresh one is zeroed so that no one acts on chance values. After a second failure it prints
 // the size and returns null. The caller passes a block through RequireBlock before it uses it.
 
-void *allocate(void *held, std::uint64_t size);        // `size` bytes
-char *AllocCHR1D(char *held, int n);                   // n strings of 256 characters and a terminator each
-int *AllocINT1D(int *held, int n);                     // n ints
-double *AllocDBL1D(double *held, int n);               // n doubles
-int **AllocINT2D(int **held, int columns, int n);      // table [columns][n]
+void *allocate(void *held, std::uint64_t size);   // `size` bytes
+char *AllocCHR1D(char *held, int n);              // n strings of 256 characters and a terminator each
+int *AllocINT1D(int *held, int n);                // n ints
+double *AllocDBL1D(double *held, int n);          // n doubles
+int **AllocINT2D(int **held, int columns, int n); // table [columns][n]
 
 // AllocINT2D with fewer than 1 column returns the table held and does nothing else; with n = 0 it releases
 // every column and then the table. A table must be resized with the column count it was made with.

@@ -9,8 +9,8 @@
 #include <cstddef>
 
 struct LineSource {
-    int file;         // descriptor, owned
-    char *block;      // owned; blockSize bytes and one more
+    int file;    // descriptor, owned
+    char *block; // owned; blockSize bytes and one more
     std::size_t blockSize;
     const char *at;   // first character not yet handed out
     const char *end;  // end of what was read; *end is always '\n', so that a scan stops there at the latest

@@ -47,8 +47,8 @@ int CountCohesive(const GRcell *group) {
 }
 
 void NewestTagsByName(const GRcell *groups, Tags *found, int nCohesive) {
-    auto *named = static_cast<NamedGroup *>(
-        allocate(nullptr, static_cast<std::uint64_t>(nCohesive) * sizeof(NamedGroup)));
+    auto *named =
+        static_cast<NamedGroup *>(allocate(nullptr, static_cast<std::uint64_t>(nCohesive) * sizeof(NamedGroup)));
     RequireBlock(named);
     int n = 0;
     for (const GRcell *group = groups; group != nullptr; group = group->next) {

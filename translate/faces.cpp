@@ -90,9 +90,9 @@ int CountTaggedSlots(const Cells *cells, int cell, const FaceFamily &family) {
 
 // What all faces to come will need.
 struct FaceNeeds {
-    int nCells;       // cells before the first of an unsupported type
+    int nCells; // cells before the first of an unsupported type
     long long nFaces;
-    int nNodes;       // largest node count of a face
+    int nNodes; // largest node count of a face
 };
 
 FaceNeeds CountFaces(const Cells *cells) {
