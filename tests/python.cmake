@@ -1,0 +1,30 @@
+# Checks written in Python. Each exits with 77 where something it needs is not there, and then counts as skipped.
+set(KIVOM_DECKS ${CMAKE_SOURCE_DIR}/../shared/decks CACHE PATH "Folder of decks that real exporters wrote")
+
+function(kivom_python_test name script)
+  add_test(NAME ${name} COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/${script} ${ARGN})
+  set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
+endfunction()
+
+# Real decks.
+kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> --decks ${KIVOM_DECKS})
+
+# Decks made from random meshes whose right answer is known.
+kivom_python_test(model_itself tests/model/test_model.py)
+kivom_python_test(model tests/model/run_model.py --program $<TARGET_FILE:KIVOm> --count 300 --seed 1 --vtk
+                  --work ${CMAKE_CURRENT_BINARY_DIR}/model)
+
+# Files read back with the VTK library and with meshio.
+kivom_python_test(vtk_checks_themselves tests/vtk/test_check_vtk.py)
+kivom_python_test(vtk_runs_themselves tests/vtk/test_run_vtk_checks.py)
+kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
+                  --examples ${CMAKE_SOURCE_DIR}/examples --cases ${CMAKE_SOURCE_DIR}/tests/cases
+                  --work ${CMAKE_CURRENT_BINARY_DIR}/vtk)
+
+# Speed: the outputs of a small benchmark are right, and the number of instructions is the committed one. Neither
+# means anything in a build with sanitizers or counters.
+if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
+  kivom_python_test(benchmark bench/compare.py --quick --no-peers --program $<TARGET_FILE:KIVOm>
+                    --maker $<TARGET_FILE:makedeck>)
+  kivom_python_test(instructions bench/instructions.py --program $<TARGET_FILE:KIVOm> --maker $<TARGET_FILE:makedeck>)
+endif()
