@@ -7,21 +7,6 @@
 
 namespace {
 
-constexpr DigitTables MakeDigitTables() {
-    DigitTables tables{};
-    for (int n = 0; n < 10000; ++n) {
-        const int places[4] = {n / 1000, n / 100 % 10, n / 10 % 10, n % 10};
-        bool leading = true;
-        for (int i = 0; i < 4; ++i) {
-            const char digit = static_cast<char>('0' + places[i]);
-            leading = leading && places[i] == 0 && i < 3;
-            tables.zeros[n][i] = digit;
-            tables.blanks[n][i] = leading ? ' ' : digit;
-        }
-    }
-    return tables;
-}
-
 // `length` characters at the end of a field of `width`, blanks before them.
 char *RightAligned(char *at, const char *text, int length, int width) {
     for (int i = length; i < width; ++i) {
@@ -77,8 +62,6 @@ template <int kPrecision, int kWidth> char *FieldRecent(char *at, double value) 
 }
 
 } // namespace
-
-const DigitTables kDigits = MakeDigitTables();
 
 char *FieldWide(char *at, int value, int width) {
     char text[kMostField];

@@ -61,6 +61,8 @@ int NextINT(int *out, char **cursor, char separator);
 int NextDBL(double *out, char **cursor, char separator);
 int NextCHR(char *out, char **cursor, char separator);
 
+// Numbers (numbers.cpp) --------------------------------------------------------------------------------
+
 // What the C library's "%d" makes of the text, 0 where it makes nothing: 64 bits with saturation, then the
 // low 32 of them.
 int ReadINT(const char *text);
@@ -102,6 +104,8 @@ void BinarySort(int n, int *a);
 // The same, with b[i] following a[i]. Where keys are equal, the order of their companions is the one that the
 // partition leaves (see sort.cpp); it is not that of the input.
 void SortByFirstArray2(int n, int *a, int *b);
+
+// Ordering rows (order.cpp) ----------------------------------------------------------------------------
 
 // The order that puts n rows by their keys, as SortByFirstArray2 would leave it: after the call keys[0..n-1] are
 // ascending and order[p] is the former row of position p. False, and nothing changed in `keys` nor `order`,

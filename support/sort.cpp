@@ -91,38 +91,6 @@ bool IsAscending(int n, const int *keys) {
     return true;
 }
 
-// Sorts keys that are exactly first, first + 1, ..., first + n - 1 in some order, each straight to its place.
-// False when they are not: `order` is then undefined and the keys are unchanged.
-bool OrderDense(int n, int *keys, int *order) {
-    const Bounds bounds = KeyBounds(keys, {0, n - 1});
-    if (static_cast<long long>(bounds.largest) - bounds.smallest != n - 1) {
-        return false;
-    }
-    for (int p = 0; p < n; ++p) {
-        order[p] = -1;
-    }
-    for (int i = 0; i < n; ++i) {
-        int &place = order[keys[i] - bounds.smallest];
-        if (place != -1) {
-            return false;
-        }
-        place = i;
-    }
-    for (int p = 0; p < n; ++p) {
-        keys[p] = bounds.smallest + p;
-    }
-    return true;
-}
-
-template <class T> void Reorder(int n, T *column, const int *order, T *spare) {
-    for (int p = 0; p < n; ++p) {
-        spare[p] = column[order[p]];
-    }
-    for (int p = 0; p < n; ++p) {
-        column[p] = spare[p];
-    }
-}
-
 } // namespace
 
 void BinarySort(int n, int *a) {
@@ -140,26 +108,4 @@ void SortByFirstArray2(int n, int *a, int *b) {
         std::swap(a[i], a[j]);
         std::swap(b[i], b[j]);
     });
-}
-
-bool OrderRows(int n, int *keys, int *order) {
-    if (IsAscending(n, keys)) {
-        return false;
-    }
-    if (OrderDense(n, keys, order)) {
-        return true;
-    }
-    for (int i = 0; i < n; ++i) {
-        order[i] = i;
-    }
-    SortByFirstArray2(n, keys, order);
-    return true;
-}
-
-void ReorderINT(int n, int *column, const int *order, int *spare) {
-    Reorder(n, column, order, spare);
-}
-
-void ReorderDBL(int n, double *column, const int *order, double *spare) {
-    Reorder(n, column, order, spare);
 }

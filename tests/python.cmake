@@ -24,7 +24,10 @@ kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
 # Speed: the outputs of a small benchmark are right, and the number of instructions is the committed one. Neither
 # means anything in a build with sanitizers or counters.
 if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
+  if(KIVOM_BENCHMARKS)
+    set(plain --plain $<TARGET_FILE:KIVOm_plain>)
+  endif()
   kivom_python_test(benchmark bench/compare.py --quick --no-peers --program $<TARGET_FILE:KIVOm>
-                    --maker $<TARGET_FILE:makedeck>)
+                    --maker $<TARGET_FILE:makedeck> ${plain})
   kivom_python_test(instructions bench/instructions.py --program $<TARGET_FILE:KIVOm> --maker $<TARGET_FILE:makedeck>)
 endif()
