@@ -4,25 +4,13 @@
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
-#include "abaqus/abqrecord.h"
 
 #include "store/COM.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
-
-constexpr int kUnreadableStatus = -1;
-
-ABQModel *deck = nullptr;
-char c1inpfilename[kNameBuffer];
-
-[[noreturn]] void EndUnreadable() {
-    std::printf("\n Error> cannot open file %s\n", c1inpfilename);
-    std::exit(kUnreadableStatus);
-}
 
 struct Section {
     const char *keyword;
@@ -32,11 +20,11 @@ struct Section {
 // In the order in which they are sought. Each stands with a comma behind it: "*NODE" then matches neither
 // "*NODEOUTPUT" nor "*NODEPRINT".
 constexpr Section kSections[] = {
-    {"*NODE,", [](LineSource *stream) { ReadNodes(stream, &deck->nodeBlocks); }},
-    {"*ELEMENT,", [](LineSource *stream) { ReadCells(stream, &deck->cellBlocks); }},
-    {"*NSET,", [](LineSource *stream) { ReadNodeSets(stream, &deck->nodeSets); }},
-    {"*ELSET,", [](LineSource *stream) { ReadCellSets(stream, &deck->cellSets); }},
-    {"*SURFACE,", [](LineSource *stream) { ReadSurfaces(stream, &deck->surfaces); }},
+    {"*NODE,", [](LineSource *stream) { ReadNodes(stream, &ABQDeck()->nodeBlocks); }},
+    {"*ELEMENT,", [](LineSource *stream) { ReadCells(stream, &ABQDeck()->cellBlocks); }},
+    {"*NSET,", [](LineSource *stream) { ReadNodeSets(stream, &ABQDeck()->nodeSets); }},
+    {"*ELSET,", [](LineSource *stream) { ReadCellSets(stream, &ABQDeck()->cellSets); }},
+    {"*SURFACE,", [](LineSource *stream) { ReadSurfaces(stream, &ABQDeck()->surfaces); }},
 };
 
 // The section that the keyword line in hand begins, or null for a keyword of no interest. The keyword may stand
@@ -83,15 +71,15 @@ void SortSetNumbers(ABQSet *set) {
 }
 
 void OrderAndNumber() {
-    ABQOrderNodeBlocks(deck->nodeBlocks);
-    ABQOrderCellBlocks(deck->cellBlocks);
-    SortSetNumbers(deck->nodeSets);
-    SortSetNumbers(deck->cellSets);
+    ABQOrderNodeBlocks(ABQDeck()->nodeBlocks);
+    ABQOrderCellBlocks(ABQDeck()->cellBlocks);
+    SortSetNumbers(ABQDeck()->nodeSets);
+    SortSetNumbers(ABQDeck()->cellSets);
     ABQNumberRecords();
 }
 
 void HandOver() {
-    COM_ArchnDim(deck->nDim);
+    COM_ArchnDim(ABQDeck()->nDim);
     ABQ2COM_Node();
     ABQ2COM_Cell();
     ABQ2COM_Groups();
@@ -99,26 +87,13 @@ void HandOver() {
 
 } // namespace
 
-ABQModel *ABQDeck() {
-    return deck;
-}
-
-void ABQRequireReadable(const LineSource *stream) {
-    if (stream->bFailed) {
-        EndUnreadable();
-    }
-}
-
 void LoadABQ(const char *filename) {
-    std::snprintf(c1inpfilename, sizeof c1inpfilename, "%s", filename);
-    if (deck == nullptr) {
-        deck = ABQNewRecord<ABQModel>();
-    }
+    ABQMakeDeck(filename);
     LineSource stream;
-    if (!OpenLines(&stream, c1inpfilename)) {
-        EndUnreadable();
+    if (!OpenLines(&stream, ABQDeckName())) {
+        ABQEndUnreadable();
     }
-    std::printf("Reading Abaqus mesh from %s ...\n", c1inpfilename);
+    std::printf("Reading Abaqus mesh from %s ...\n", ABQDeckName());
     ReadDeck(&stream);
     CloseLines(&stream);
     ABQReleaseSpareColumns();
@@ -130,6 +105,5 @@ void LoadABQ(const char *filename) {
     ABQ_SetCellFaceTagByGID();
     HandOver();
 
-    ABQReleaseDeck(deck);
-    deck = nullptr;
+    ABQReleaseDeck();
 }

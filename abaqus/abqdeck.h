@@ -61,9 +61,23 @@ struct ABQModel {
     ABQSet *nodeSets;
 };
 
-// Ends the process as for a deck that cannot be opened when reading it has failed: a half-read deck must not
-// become a mesh.
+// The deck in hand (abqdeck.cpp): LoadABQ makes and releases it, one per process; the steps after reading work on it.
+ABQModel *ABQMakeDeck(const char *filename);
+ABQModel *ABQDeck();
+const char *ABQDeckName();
+void ABQReleaseDeck();
+
+// Releases a block's columns, as soon as the store has them.
+void ABQReleaseNodeColumns(ABQNodeBlock *block);
+void ABQReleaseCellColumns(ABQCellBlock *block);
+
+// Says that the deck cannot be opened and ends the process. A deck that cannot be read to its end counts as one that
+// cannot be opened: half a deck must not become a mesh.
+[[noreturn]] void ABQEndUnreadable();
 void ABQRequireReadable(const LineSource *stream);
+
+// Faces of an element of that type: a face row from 0 to below it names one of them.
+int ABQNumFaces(int type);
 
 // Section readers. The line in hand is the section's keyword line, whole; afterwards it is the first line that
 // the section did not use (empty at the end of the deck). What was read is pushed at the head of the list; a
@@ -89,9 +103,6 @@ void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2C
 void SwapNodeStructures(ABQNodeBlock *a, ABQNodeBlock *b);
 void SwapCellStructures(ABQCellBlock *a, ABQCellBlock *b);
 
-// The steps after reading work on the deck in hand, which LoadABQ makes and releases: one per process.
-ABQModel *ABQDeck();
-
 // Numbering and resolving (abqresolve.cpp): tags of sets, surfaces and blocks; each node's tag, each face's tag.
 void ABQNumberRecords();
 void ABQTagNodes();
@@ -103,8 +114,5 @@ void ABQ_AssignCellMap();
 void ABQ2COM_Node();   // every node; releases the node blocks' columns as it goes
 void ABQ2COM_Cell();   // every cell; releases the cell blocks' columns as it goes
 void ABQ2COM_Groups(); // one node group, face group, cell group for each node set, surface, cell block
-
-// Releases what the deck still holds.
-void ABQReleaseDeck(ABQModel *model);
 
 #endif

@@ -16,12 +16,6 @@
 
 namespace {
 
-int *NewInts(int n) {
-    int *ints = AllocINT1D(nullptr, n);
-    RequireBlock(ints);
-    return ints;
-}
-
 // A counting tree (Fenwick) over places 0..n-1: tree[1..n].
 struct CountTree {
     int n;
@@ -116,10 +110,10 @@ void ABQExchangeOrder(int n, const int *firsts, int *order) {
     if (!repeated) {
         return;
     }
-    int *smaller = NewInts(n);
-    int *run = NewInts(n);
-    int *turns = NewInts(n);
-    CountTree tree{n, NewInts(n + 1)};
+    auto *smaller = NewArray<int>(n);
+    auto *run = NewArray<int>(n);
+    auto *turns = NewArray<int>(n);
+    CountTree tree{n, NewArray<int>(n + 1)};
     CountSmallerBefore(n, firsts, order, tree, smaller);
     int nSmallerInAll = 0; // numbers below the run's own
     for (int i = 0; i < n;) {

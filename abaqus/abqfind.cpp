@@ -7,19 +7,11 @@
 
 namespace {
 
-int *NewInts(int n) {
-    int *ints = AllocINT1D(nullptr, n);
-    RequireBlock(ints);
-    return ints;
-}
-
 // Keeps the blocks that hold anything.
 void TakeBlocks(ABQFinder *finder, int nBlocks, const int *const *columns, const int *counts) {
-    const auto n = static_cast<std::uint64_t>(nBlocks);
-    finder->columns = static_cast<const int **>(allocate(nullptr, n * sizeof(int *)));
-    RequireBlock(finder->columns);
-    finder->counts = NewInts(nBlocks);
-    finder->positions = NewInts(nBlocks);
+    finder->columns = NewArray<const int *>(nBlocks);
+    finder->counts = NewArray<int>(nBlocks);
+    finder->positions = NewArray<int>(nBlocks);
     for (int i = 0; i < nBlocks; ++i) {
         if (counts[i] > 0) {
             finder->columns[finder->nBlocks] = columns[i];
@@ -52,8 +44,7 @@ void MergeBlocks(ABQFinder *finder) {
         int number;
         int block;
     };
-    auto *entries = static_cast<Entry *>(allocate(nullptr, static_cast<std::uint64_t>(n) * sizeof(Entry)));
-    RequireBlock(entries);
+    auto *entries = NewArray<Entry>(static_cast<int>(n));
     Entry *next = entries;
     for (int i = 0; i < finder->nBlocks; ++i) {
         for (int row = 0; row < finder->counts[i]; ++row) {
@@ -63,8 +54,8 @@ void MergeBlocks(ABQFinder *finder) {
     std::sort(entries, next, [](const Entry &a, const Entry &b) {
         return a.number != b.number ? a.number < b.number : a.block < b.block;
     });
-    finder->allNumbers = NewInts(static_cast<int>(n));
-    finder->allBlocks = NewInts(static_cast<int>(n));
+    finder->allNumbers = NewArray<int>(static_cast<int>(n));
+    finder->allBlocks = NewArray<int>(static_cast<int>(n));
     for (const Entry *entry = entries; entry != next; ++entry) {
         if (finder->nAll == 0 || finder->allNumbers[finder->nAll - 1] != entry->number) {
             finder->allNumbers[finder->nAll] = entry->number;
@@ -107,9 +98,7 @@ void ABQBuildFinder(ABQFinder *finder, int nBlocks, const int *const *columns, c
     if (finder->nBlocks == 0) {
         return;
     }
-    const auto n = static_cast<std::uint64_t>(finder->nBlocks);
-    finder->indices = static_cast<IDIndex *>(allocate(nullptr, n * sizeof(IDIndex)));
-    RequireBlock(finder->indices);
+    finder->indices = NewArray<IDIndex>(finder->nBlocks);
     for (int i = 0; i < finder->nBlocks; ++i) {
         BuildIDIndex(&finder->indices[i], finder->counts[i], finder->columns[i]);
     }
@@ -118,7 +107,7 @@ void ABQBuildFinder(ABQFinder *finder, int nBlocks, const int *const *columns, c
         MergeBlocks(finder);
         return;
     }
-    finder->firsts = NewInts(finder->nBlocks);
+    finder->firsts = NewArray<int>(finder->nBlocks);
     for (int i = 0; i < finder->nBlocks; ++i) {
         finder->firsts[i] = finder->columns[i][0];
     }

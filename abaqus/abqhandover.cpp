@@ -1,6 +1,5 @@
-// Handing the deck over to the store, and releasing it.
+// Handing the deck over to the store.
 #include "abaqus/abqdeck.h"
-#include "abaqus/abqrecord.h"
 
 #include "store/COM.h"
 
@@ -61,30 +60,6 @@ int LargestNodeCount(const ABQCellBlock *block) {
     return largest;
 }
 
-// Number of face rows of a block, and of the columns of its face tags.
-int FaceRows(const ABQCellBlock *block) {
-    const Family *family = FamilyOf(block->type);
-    return family == nullptr ? 0 : family->nFaces;
-}
-
-void ReleaseNodeColumns(ABQNodeBlock *block) {
-    block->i1Tag = AllocINT1D(block->i1Tag, 0);
-    block->i1GID = AllocINT1D(block->i1GID, 0);
-    block->d1X = AllocDBL1D(block->d1X, 0);
-    block->d1Y = AllocDBL1D(block->d1Y, 0);
-    block->d1Z = AllocDBL1D(block->d1Z, 0);
-}
-
-void ReleaseCellColumns(ABQCellBlock *block) {
-    if (block->i2FaceTag != nullptr) {
-        block->i2FaceTag = AllocINT2D(block->i2FaceTag, FaceRows(block), 0);
-    }
-    block->i1GID = AllocINT1D(block->i1GID, 0);
-    if (block->i2Conn != nullptr) {
-        block->i2Conn = AllocINT2D(block->i2Conn, block->nNodes, 0);
-    }
-}
-
 // All cells of the block in the store's order of nodes and face slots.
 void ArchiveBlock(const ABQCellBlock *block, int columns) {
     if (block->i1MapC2N == nullptr || block->count == 0) {
@@ -95,19 +70,10 @@ void ArchiveBlock(const ABQCellBlock *block, int columns) {
     for (int k = 0; k < block->nNodes; ++k) {
         conn[k] = block->i2Conn[block->i1MapC2N[k]];
     }
-    for (int k = 0; k < FaceRows(block) && block->i2FaceTag != nullptr; ++k) {
+    for (int k = 0; k < ABQNumFaces(block->type) && block->i2FaceTag != nullptr; ++k) {
         faceTags[block->i1MapCFT[k]] = block->i2FaceTag[k];
     }
     COM_ArchCells(columns, block->type, block->tag, block->nNodes, block->count, conn, faceTags);
-}
-
-template <class Record, class Release> void ReleaseList(Record **list, Release release) {
-    while (*list != nullptr) {
-        Record *record = *list;
-        *list = record->next;
-        release(record);
-        allocate(record, 0);
-    }
 }
 
 } // namespace
@@ -140,7 +106,7 @@ void ABQ2COM_Node() {
         if (block->count > 0) {
             COM_ArchNodes(block->count, block->i1GID, block->i1Tag, block->d1X, block->d1Y, block->d1Z);
         }
-        ReleaseNodeColumns(block);
+        ABQReleaseNodeColumns(block);
     }
 }
 
@@ -148,7 +114,7 @@ void ABQ2COM_Cell() {
     const int columns = LargestNodeCount(ABQDeck()->cellBlocks);
     for (ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
         ArchiveBlock(block, columns);
-        ReleaseCellColumns(block);
+        ABQReleaseCellColumns(block);
     }
 }
 
@@ -162,17 +128,4 @@ void ABQ2COM_Groups() {
     for (const ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
         COM_ArchGRcell(block->tag, block->name);
     }
-}
-
-void ABQReleaseDeck(ABQModel *model) {
-    ReleaseList(&model->nodeBlocks, ReleaseNodeColumns);
-    ReleaseList(&model->cellBlocks, ReleaseCellColumns);
-    const auto releaseSet = [](ABQSet *set) { set->numbers = AllocINT1D(set->numbers, 0); };
-    ReleaseList(&model->nodeSets, releaseSet);
-    ReleaseList(&model->cellSets, releaseSet);
-    ReleaseList(&model->surfaces, [](ABQSurface *surface) {
-        surface->entryNames = AllocCHR1D(surface->entryNames, 0);
-        surface->faceRows = AllocINT1D(surface->faceRows, 0);
-    });
-    allocate(model, 0);
 }

@@ -9,12 +9,6 @@
 
 namespace {
 
-int *NewInts(int n) {
-    int *ints = AllocINT1D(nullptr, n);
-    RequireBlock(ints);
-    return ints;
-}
-
 // Exchanges the contents of the blocks until position p of the list holds what stood at order[p]. `order` is
 // used up.
 template <class Block> void ArrangeBlocks(Block **blocks, int n, int *order, void (*swap)(Block *, Block *)) {
@@ -42,8 +36,8 @@ template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block
         }
     }
     if (n > 1) {
-        int *firsts = NewInts(n);
-        int *order = NewInts(n);
+        auto *firsts = NewArray<int>(n);
+        auto *order = NewArray<int>(n);
         for (int i = 0; i < n; ++i) {
             firsts[i] = blocks[i]->i1GID[0];
         }
@@ -66,10 +60,9 @@ void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *
     if (count < 2) {
         return;
     }
-    int *order = NewInts(count);
+    auto *order = NewArray<int>(count);
     if (OrderRows(count, i1GID, order)) {
-        double *spare = AllocDBL1D(nullptr, count);
-        RequireBlock(spare);
+        auto *spare = NewArray<double>(count);
         if (i1Tag != nullptr) {
             ReorderINT(count, i1Tag, order, reinterpret_cast<int *>(spare));
         }
@@ -85,9 +78,9 @@ void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2C
     if (count < 2) {
         return;
     }
-    int *order = NewInts(count);
+    auto *order = NewArray<int>(count);
     if (OrderRows(count, i1GID, order)) {
-        int *spare = NewInts(count);
+        auto *spare = NewArray<int>(count);
         if (i1Tag != nullptr) {
             ReorderINT(count, i1Tag, order, spare);
         }

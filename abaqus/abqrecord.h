@@ -6,8 +6,7 @@
 
 // A new record with every field 0, absent or empty.
 template <class Record> Record *ABQNewRecord() {
-    auto *record = static_cast<Record *>(allocate(nullptr, sizeof(Record)));
-    RequireBlock(record);
+    auto *record = NewArray<Record>(1);
     *record = Record{};
     return record;
 }
@@ -30,11 +29,7 @@ template <class Record> int ABQListLength(const Record *list) {
 // The records of the list as an array in list order, [ABQListLength]; null for an empty list. The caller releases it.
 template <class Record> Record **ABQListArray(Record *list) {
     const int n = ABQListLength(list);
-    if (n == 0) {
-        return nullptr;
-    }
-    auto **array = static_cast<Record **>(allocate(nullptr, static_cast<std::uint64_t>(n) * sizeof(Record *)));
-    RequireBlock(array);
+    auto **array = NewArray<Record *>(n);
     for (int i = 0; i < n; ++i, list = list->next) {
         array[i] = list;
     }

@@ -26,33 +26,22 @@ template <class Record> void NumberList(Record *list) {
 }
 
 template <class Block> void BuildBlockFinder(ABQFinder *finder, Block *const *blocks, int nBlocks) {
-    const auto n = static_cast<std::uint64_t>(nBlocks);
-    auto **columns = static_cast<const int **>(allocate(nullptr, n * sizeof(int *)));
-    int *counts = AllocINT1D(nullptr, nBlocks);
+    auto **columns = NewArray<const int *>(nBlocks);
+    auto *counts = NewArray<int>(nBlocks);
     for (int i = 0; i < nBlocks; ++i) {
-        RequireBlock(columns);
-        RequireBlock(counts);
         columns[i] = blocks[i]->i1GID;
         counts[i] = blocks[i]->count;
     }
     ABQBuildFinder(finder, nBlocks, columns, counts);
     allocate(columns, 0);
-    AllocINT1D(counts, 0);
+    allocate(counts, 0);
 }
 
 void ClearNodeTags(ABQNodeBlock *blocks) {
     for (; blocks != nullptr; blocks = blocks->next) {
-        blocks->i1Tag = AllocINT1D(nullptr, blocks->count);
-        if (blocks->count > 0) {
-            RequireBlock(blocks->i1Tag);
-            std::fill(blocks->i1Tag, blocks->i1Tag + blocks->count, 0);
-        }
+        blocks->i1Tag = NewArray<int>(blocks->count);
+        std::fill_n(blocks->i1Tag, blocks->count, 0);
     }
-}
-
-// Faces of an element of that type: a face row below it and not below 0 names one of them.
-int NumFaces(int type) {
-    return type == kTRI3 || type == kTRI6 ? 3 : 4;
 }
 
 constexpr int kMostFaces = 4;
@@ -90,10 +79,8 @@ void SortSetsByName(FaceTagger *tagger, ABQSet *list) {
         const int order = std::strcmp(a->name, b->name);
         return order != 0 ? order < 0 : a->tag < b->tag;
     });
-    tagger->applied =
-        static_cast<AppliedSet *>(allocate(nullptr, static_cast<std::uint64_t>(tagger->nSets) * sizeof(AppliedSet)));
+    tagger->applied = NewArray<AppliedSet>(tagger->nSets);
     for (int i = 0; i < tagger->nSets; ++i) {
-        RequireBlock(tagger->applied);
         std::fill_n(tagger->applied[i].misses, kRowKinds, kNotApplied);
     }
 }
@@ -121,9 +108,9 @@ bool ElementNumber(const char *entry, int *number) {
 
 int *FaceTagRow(ABQCellBlock *block, int row) {
     if (block->i2FaceTag == nullptr) {
-        block->i2FaceTag = AllocINT2D(nullptr, NumFaces(block->type), block->count);
+        block->i2FaceTag = AllocINT2D(nullptr, ABQNumFaces(block->type), block->count);
         RequireBlock(block->i2FaceTag);
-        for (int k = 0; k < NumFaces(block->type); ++k) {
+        for (int k = 0; k < ABQNumFaces(block->type); ++k) {
             RequireBlock(block->i2FaceTag[k]);
             std::fill(block->i2FaceTag[k], block->i2FaceTag[k] + block->count, 0);
         }
@@ -139,7 +126,7 @@ int TagFace(FaceTagger *tagger, int number, int row, int tag) {
         return 0;
     }
     ABQCellBlock *block = tagger->blocks[place.block];
-    if (row < 0 || row >= NumFaces(block->type)) {
+    if (row < 0 || row >= ABQNumFaces(block->type)) {
         return 1;
     }
     int &faceTag = FaceTagRow(block, row)[place.row];

@@ -251,12 +251,10 @@ void CollectTags(NodesByTag *byTag, const GRnode *groups) {
     for (const GRnode *group = groups; group != nullptr; group = group->next) {
         ++n;
     }
-    byTag->tags = AllocINT1D(nullptr, n);
-    byTag->start = AllocINT1D(nullptr, n + 1);
-    RequireBlock(byTag->start);
+    byTag->tags = NewArray<int>(n);
+    byTag->start = NewArray<int>(n + 1);
     n = 0;
     for (const GRnode *group = groups; group != nullptr; group = group->next) {
-        RequireBlock(byTag->tags);
         byTag->tags[n++] = group->iTag;
     }
     std::sort(byTag->tags, byTag->tags + n);
@@ -278,9 +276,8 @@ NodesByTag SortNodesByTag(const Mesh *mesh) {
         byTag.start[p + 1] += byTag.start[p];
     }
     const int total = byTag.start[byTag.nTags];
-    byTag.nodes = AllocINT1D(nullptr, total);
-    for (int i = nodes->nNum - 1; i >= 0 && total > 0; --i) { // from behind: start[p + 1] runs down to start[p]
-        RequireBlock(byTag.nodes);
+    byTag.nodes = NewArray<int>(total);
+    for (int i = nodes->nNum - 1; i >= 0; --i) { // from behind: start[p + 1] runs down to start[p]
         const int p = FindTag(byTag, nodes->i1Tag[i]);
         if (p != -1) {
             byTag.nodes[--byTag.start[p + 1]] = i;

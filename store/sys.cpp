@@ -14,8 +14,7 @@ int facesMceno = 0;
 int cellsMceno = 0;
 
 template <class Record> Record *NewRecord() {
-    auto *record = static_cast<Record *>(allocate(nullptr, sizeof(Record)));
-    RequireBlock(record);
+    auto *record = NewArray<Record>(1);
     *record = Record{};
     return record;
 }

@@ -41,6 +41,16 @@ int NextCapacity(int capacity);
 // nothing sensible can follow.
 void RequireBlock(const void *block);
 
+// n new entries of any kind, or the end of the process; null for n = 0. What they hold is undefined. Released with
+// allocate(array, 0).
+template <class T> T *NewArray(int n) {
+    auto *array = static_cast<T *>(allocate(nullptr, static_cast<std::uint64_t>(n) * sizeof(T)));
+    if (n != 0) {
+        RequireBlock(array);
+    }
+    return array;
+}
+
 // Text scanning (scan.cpp) -----------------------------------------------------------------------------
 
 // The next line of the stream without its '\n', terminated, into `line`, which must be large enough for it.

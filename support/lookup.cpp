@@ -46,8 +46,7 @@ void BuildParts(IDIndex *index) {
         ++index->shift;
     }
     index->nParts = static_cast<int>(span >> index->shift) + 1;
-    index->partStart = AllocINT1D(nullptr, index->nParts + 1);
-    RequireBlock(index->partStart);
+    index->partStart = NewArray<int>(index->nParts + 1);
     int part = 0;
     for (int p = 0; p < index->n; ++p) {
         const int own = static_cast<int>(Distance(index, index->list[p]) >> index->shift);

@@ -47,9 +47,7 @@ int CountCohesive(const GRcell *group) {
 }
 
 void NewestTagsByName(const GRcell *groups, Tags *found, int nCohesive) {
-    auto *named =
-        static_cast<NamedGroup *>(allocate(nullptr, static_cast<std::uint64_t>(nCohesive) * sizeof(NamedGroup)));
-    RequireBlock(named);
+    auto *named = NewArray<NamedGroup>(nCohesive);
     int n = 0;
     for (const GRcell *group = groups; group != nullptr; group = group->next) {
         if (IsCohesive(group)) {
@@ -71,11 +69,7 @@ void NewestTagsByName(const GRcell *groups, Tags *found, int nCohesive) {
 
 Tags CohesiveTags(const Mesh *mesh) {
     const int nCohesive = CountCohesive(mesh->GRcell);
-    Tags found{0, AllocINT1D(nullptr, nCohesive)};
-    if (nCohesive == 0) {
-        return found;
-    }
-    RequireBlock(found.tags);
+    Tags found{0, NewArray<int>(nCohesive)};
     if (AnyBlank(mesh->GRcell)) {
         for (const GRcell *group = mesh->GRcell; group != nullptr; group = group->next) {
             if (IsCohesive(group)) {
@@ -142,7 +136,7 @@ void SplitCohesiveCells(Mesh *mesh) {
     }
     const Tags cohesive = CohesiveTags(mesh);
     const long long copies = MarkCells(mesh, cohesive);
-    AllocINT1D(cohesive.tags, 0);
+    allocate(cohesive.tags, 0);
     if (copies > 0x7fffffff) {
         RequireBlock(nullptr); // more nodes than positions can number: no store can hold them
     }

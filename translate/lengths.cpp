@@ -38,8 +38,7 @@ TagResults NewTagResults(const GRcell *groups, double smallest) {
     for (const GRcell *group = groups; group != nullptr; group = group->next) {
         ++n;
     }
-    auto *results = static_cast<TagResult *>(allocate(nullptr, static_cast<std::uint64_t>(n) * sizeof(TagResult)));
-    RequireBlock(results);
+    auto *results = NewArray<TagResult>(n);
     n = 0;
     for (const GRcell *group = groups; group != nullptr; group = group->next) {
         results[n++] = {group->iTag, false, smallest, 0};

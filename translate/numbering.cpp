@@ -15,11 +15,9 @@ void SortNodesByGID(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, dou
     if (n < 2) {
         return;
     }
-    int *order = AllocINT1D(nullptr, n);
-    RequireBlock(order);
+    auto *order = NewArray<int>(n);
     if (OrderRows(n, i1GID, order)) {
-        double *spare = AllocDBL1D(nullptr, n);
-        RequireBlock(spare);
+        auto *spare = NewArray<double>(n);
         ReorderINT(n, i1Tag, order, reinterpret_cast<int *>(spare));
         ReorderDBL(n, d1X, order, spare);
         ReorderDBL(n, d1Y, order, spare);
