@@ -3,6 +3,7 @@
 
 #include "support/frame.h"
 
+#include <climits>
 #include <cstring>
 
 namespace {
@@ -63,6 +64,9 @@ void ABQAddColumns(ABQColumns *rows, int count, int entry) {
 }
 
 void ABQGrowColumns(ABQColumns *rows) {
+    if (rows->capacity == INT_MAX) {
+        RequireBlock(nullptr); // more rows than positions can number
+    }
     const bool first = rows->capacity == 0;
     rows->capacity = NextCapacity(rows->capacity);
     for (int k = 0; k < rows->nColumns; ++k) {

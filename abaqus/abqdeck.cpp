@@ -83,7 +83,7 @@ void ABQReleaseDeck() {
     ReleaseList(&deck->nodeSets, releaseSet);
     ReleaseList(&deck->cellSets, releaseSet);
     ReleaseList(&deck->surfaces, [](ABQSurface *surface) {
-        surface->entryNames = AllocCHR1D(surface->entryNames, 0);
+        surface->entryNames = static_cast<char *>(allocate(surface->entryNames, 0));
         surface->faceRows = AllocINT1D(surface->faceRows, 0);
     });
     deck = static_cast<ABQModel *>(allocate(deck, 0));

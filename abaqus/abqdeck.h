@@ -47,7 +47,7 @@ struct ABQSurface {
     char name[kRecordName];
     int count, capacity;
     int tag;          // -1 until numbered
-    char *entryNames; // [count] of 257 characters each: an element set's name or an element's number
+    char *entryNames; // an element set's name or an element's number each, terminated, one behind the other
     int *faceRows;    // [count] face label's number minus 1
 };
 

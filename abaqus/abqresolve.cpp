@@ -194,8 +194,8 @@ void ABQ_SetCellFaceTagByGID() {
     const int nSurfaces = ABQListLength(ABQDeck()->surfaces);
     ABQSurface **surfaces = ABQListArray(ABQDeck()->surfaces);
     for (int s = nSurfaces - 1; s >= 0; --s) {
-        for (int i = 0; i < surfaces[s]->count; ++i) {
-            const char *entry = surfaces[s]->entryNames + static_cast<std::ptrdiff_t>(i) * kNameBuffer;
+        const char *entry = surfaces[s]->entryNames;
+        for (int i = 0; i < surfaces[s]->count; ++i, entry += std::strlen(entry) + 1) {
             const int misses = TagFacesOfEntry(&tagger, entry, surfaces[s]->faceRows[i], surfaces[s]->tag);
             for (int m = 0; m < misses; ++m) {
                 std::printf("\n  Error> in ABQ_SetCellFaceTagByGID\n");

@@ -18,9 +18,6 @@ constexpr const char *kRefused[] = {
 // clang-format on
 constexpr int kRefusedCount = sizeof kRefused / sizeof kRefused[0];
 
-// Columns of a section: entry name, face row.
-enum { kName, kFaceRow };
-
 // True when the keyword line names another type than ELEMENT: reported, and the next line is in hand.
 bool RefuseType(LineSource *stream) {
     char type[kNameBuffer];
@@ -55,15 +52,23 @@ bool ScanEntry(char *name, int *row) {
     return true;
 }
 
-void ReadRows(LineSource *stream, ABQColumns *rows) {
+// Names take the room they need: a surface may list a million elements one by one.
+void AppendName(ABQColumns *names, const char *name) {
+    do {
+        const int at = ABQAddRow(names);
+        names->columns[0].data[at] = *name;
+    } while (*name++ != '\0');
+}
+
+void ReadRows(LineSource *stream, ABQColumns *names, ABQColumns *faceRows) {
     while (ABQNextLine(stream) && !ABQAtKeyword()) {
         ABQLinkContLines(stream);
         char name[kNameBuffer];
         int faceRow;
         if (ScanEntry(name, &faceRow)) {
-            const int row = ABQAddRow(rows);
-            std::strcpy(rows->columns[kName].data + static_cast<std::ptrdiff_t>(row) * kNameBuffer, name);
-            ABQIntColumn(rows, kFaceRow)[row] = faceRow;
+            AppendName(names, name);
+            const int row = ABQAddRow(faceRows);
+            ABQIntColumn(faceRows, 0)[row] = faceRow;
         }
     }
 }
@@ -78,14 +83,15 @@ void ReadSurfaces(LineSource *stream, ABQSurface **list) {
         allocate(surface, 0);
         return;
     }
-    ABQColumns rows{};
-    ABQAddColumns(&rows, 1, kNameBuffer);
-    ABQAddColumns(&rows, 1, sizeof(int));
-    ReadRows(stream, &rows);
-    std::printf("done with %d elsets.\n", rows.count);
+    ABQColumns names{};
+    ABQAddColumns(&names, 1, 1);
+    ABQColumns faceRows{};
+    ABQAddColumns(&faceRows, 1, sizeof(int));
+    ReadRows(stream, &names, &faceRows);
+    std::printf("done with %d elsets.\n", faceRows.count);
     surface->tag = -1;
-    surface->count = surface->capacity = rows.count;
-    surface->entryNames = static_cast<char *>(ABQTakeColumn(&rows, kName));
-    surface->faceRows = static_cast<int *>(ABQTakeColumn(&rows, kFaceRow));
+    surface->count = surface->capacity = faceRows.count;
+    surface->entryNames = static_cast<char *>(ABQTakeColumn(&names, 0));
+    surface->faceRows = static_cast<int *>(ABQTakeColumn(&faceRows, 0));
     ABQPush(list, surface);
 }

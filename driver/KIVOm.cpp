@@ -2,17 +2,14 @@
 #include "abaqus/LoadABQ.h"
 #include "output/DumpKIVO.h"
 #include "output/DumpVTK.h"
+#include "output/textout.h"
 #include "store/COM.h"
 #include "support/frame.h"
 #include "support/system.h"
 #include "translate/MeshAll.h"
 
-#include "output/textout.h"
-
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -100,7 +97,7 @@ void DumpAll() {
 // Exit status of a run that has come to its end: 0, or 1 when a file or the log could not be written whole.
 int ExitStatus() {
     if (std::ferror(stdout) != 0) {
-        std::fprintf(stderr, "KIVOm: cannot write the log: %s\n", std::strerror(errno));
+        std::fprintf(stderr, "KIVOm: cannot write the log\n");
         return EXIT_FAILURE;
     }
     return TextOutputFailed() ? EXIT_FAILURE : EXIT_SUCCESS;
