@@ -2,7 +2,6 @@
 #include "abaqus/LoadABQ.h"
 #include "output/DumpKIVO.h"
 #include "output/DumpVTK.h"
-#include "output/textout.h"
 #include "store/COM.h"
 #include "support/frame.h"
 #include "support/system.h"
@@ -100,7 +99,7 @@ int ExitStatus() {
         std::fprintf(stderr, "KIVOm: cannot write the log\n");
         return EXIT_FAILURE;
     }
-    return TextOutputFailed() ? EXIT_FAILURE : EXIT_SUCCESS;
+    return AnyDumpFailed() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
 } // namespace

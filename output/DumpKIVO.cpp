@@ -335,6 +335,10 @@ void DumpKIVO() {
     std::printf(" done.");
 }
 
+bool AnyDumpFailed() {
+    return TextOutputFailed();
+}
+
 void Output_INTArray2D(TextOut *stream, const char *name, int n, const int *a, const int *b) {
     PutListKey(stream, name);
     for (int i = 0; i < n; ++i) {

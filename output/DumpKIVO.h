@@ -9,6 +9,9 @@ struct TextOut; // output/textout.h
 // cannot be written whole is reported when it is closed (output/textout.h). Reads the mesh only.
 void DumpKIVO();
 
+// True once a file of either writer could not be written whole.
+bool AnyDumpFailed();
+
 // Lists of rows of their own: name line, then for i = 0..n-1 the position i, the count 2 or 3, and the entries i
 // of the arrays of n ints.
 void Output_INTArray2D(TextOut *stream, const char *name, int n, const int *a, const int *b);
