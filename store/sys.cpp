@@ -171,7 +171,7 @@ int ReserveFaces(Faces *faces, int count) {
     const bool grows = Count(&faces->nNum, &faces->nMax, count, [faces] {
         CheckMceno(&facesMceno, faces->nNodesPerFace, "\n  Error> unmatched mceno in Alloc_Faces.");
     });
-    if (!grows && faces->nColumns >= faces->nNodesPerFace) {
+    if (!grows && (faces->nMax == 0 || faces->nColumns >= faces->nNodesPerFace)) {
         return first;
     }
     Resize(&faces->i1Type, faces->nMax);
@@ -187,7 +187,7 @@ int ReserveCells(Cells *cells, int count) {
     const bool grows = Count(&cells->nNum, &cells->nMax, count, [cells] {
         CheckMceno(&cellsMceno, cells->nNodesPerCell, "\n  Error> unmatched mceno in Alloc_Cells.");
     });
-    if (!grows && cells->nColumns >= cells->nNodesPerCell) {
+    if (!grows && (cells->nMax == 0 || cells->nColumns >= cells->nNodesPerCell)) {
         return first;
     }
     Resize(&cells->i1Mark, cells->nMax);
