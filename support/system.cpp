@@ -111,5 +111,6 @@ void SystemPrepare() {
     KeepDescriptorTaken(STDOUT_FILENO, O_RDONLY);
     KeepDescriptorTaken(STDERR_FILENO, O_RDONLY);
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     mallopt(M_MMAP_THRESHOLD, kMapThreshold);
 }

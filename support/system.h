@@ -51,8 +51,8 @@ bool SystemClose(int file);
 // Start-up ---------------------------------------------------------------------------------------------
 
 // Makes the process safe to run in any surroundings: descriptors 0, 1 and 2 exist (a file opened later can
-// then never be taken for standard output), a reader that goes away is a failed write and not a signal, and
-// large arrays grow by remapping pages instead of being copied.
+// then never be taken for standard output), a reader that goes away and a limit on the size of files are failed
+// writes and not signals, and large arrays grow by remapping pages instead of being copied.
 void SystemPrepare();
 
 #endif

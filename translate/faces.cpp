@@ -122,7 +122,8 @@ int FillFaces(const Cells *cells, int cell, const FaceFamily &family, int slot, 
         faces->i1Tag[face] = cells->i2FaceTag[slot][cell];
         faces->i1NumNodes[face] = family.nNodes;
         for (int j = 0; j < family.nNodes; ++j) {
-            faces->i2Conn[j][face] = cells->i2Conn[row[entries[j]]][cell];
+            const int column = row[entries[j]];
+            faces->i2Conn[j][face] = column < cells->i1NumNodes[cell] ? cells->i2Conn[column][cell] : -1;
         }
     }
     return face;

@@ -42,10 +42,13 @@ constexpr CornerColumns CornersOf(int type) {
     }
 }
 
-// The cell's corner points into points[0..nCorners-1]. False when a corner is no node of the mesh (-1): such a
-// cell has no shape to measure.
+// The cell's corner points into points[0..nCorners-1]. False when a corner is no node of the mesh (-1), or when the
+// cell has fewer nodes than its type: it then has no shape to measure.
 inline bool CornerPoints(const Nodes *nodes, const Cells *cells, int cell, const CornerColumns &corners,
                          Point *points) {
+    if (cells->i1NumNodes[cell] <= corners.columns[corners.nCorners - 1]) {
+        return false;
+    }
     for (int i = 0; i < corners.nCorners; ++i) {
         const int node = cells->i2Conn[corners.columns[i]][cell];
         if (node < 0) {

@@ -1,0 +1,64 @@
+# Installing, uninstalling and packing.
+#
+#   cmake --install BUILD [--prefix DIR]      program, man page, documents, examples
+#   cmake --build BUILD --target uninstall    removes what the last install put there
+#   cpack --config BUILD/CPackConfig.cmake    a Debian package
+#
+# The documents keep the layout of the project (docs, examples, tools), so that their links and commands hold.
+include(GNUInstallDirs)
+set(KIVOM_DOCS ${CMAKE_INSTALL_DATAROOTDIR}/doc/kivom)
+
+find_program(KIVOM_GZIP gzip DOC "Compresses the man page")
+if(KIVOM_GZIP)
+  set(man_page ${CMAKE_BINARY_DIR}/KIVOm.1.gz)
+  # -n leaves time and name out: the same text gives the same file.
+  add_custom_command(OUTPUT ${man_page}
+    COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 > ${man_page}
+    DEPENDS ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 VERBATIM)
+  add_custom_target(man_page ALL DEPENDS ${man_page})
+else()
+  set(man_page ${CMAKE_SOURCE_DIR}/docs/KIVOm.1)
+endif()
+
+install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(TARGETS KIVOm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md DESTINATION ${KIVOM_DOCS} OPTIONAL)
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/copyright DESTINATION ${KIVOM_DOCS})
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINATION ${KIVOM_DOCS}
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.inp" PATTERN "*.geo"
+  PATTERN "make/*.py" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE
+  PATTERN "__pycache__" EXCLUDE)
+install(PROGRAMS ${CMAKE_SOURCE_DIR}/tools/kivomesh.py ${CMAKE_SOURCE_DIR}/tools/render.py
+  DESTINATION ${KIVOM_DOCS}/tools)
+
+configure_file(${CMAKE_CURRENT_LIST_DIR}/uninstall.cmake.in ${CMAKE_BINARY_DIR}/uninstall.cmake @ONLY)
+add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${CMAKE_BINARY_DIR}/uninstall.cmake)
+
+# The Debian package --------------------------------------------------------------------------------------
+set(KIVOM_PACKAGE_CONTACT "KIVOm maintainers <kivom@localhost>" CACHE STRING "Maintainer that the package names")
+set(CPACK_GENERATOR DEB)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGE_NAME kivom)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT ${KIVOM_PACKAGE_CONTACT})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "translator from Abaqus input decks to the KIVO solver's mesh file")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Reads nodes, triangles, tetrahedra, sets and surfaces of an Abaqus input
+deck, turns elements that are listed the wrong way round, gives the elements
+of \"C_\" groups nodes of their own, and writes the mesh file of the KIVO
+solver. On request it writes the mesh as VTK files, too.")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+    WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, paraview")
+if(KIVOM_STATIC)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF) # it brings its libraries along
+else()
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
+include(CPack)

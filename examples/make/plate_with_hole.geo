@@ -1,0 +1,30 @@
+// A plate of 80 by 40 mm with a hole of 16 mm, in two dimensions.
+SetFactory("OpenCASCADE");
+Rectangle(1) = {0, 0, 0, 80, 40};
+Disk(2) = {40, 20, 0, 8};
+BooleanDifference(3) = { Surface{1}; Delete; }{ Surface{2}; Delete; };
+eps = 1e-3;
+left() = Curve In BoundingBox{-eps, -eps, -eps, eps, 40 + eps, eps};
+right() = Curve In BoundingBox{80 - eps, -eps, -eps, 80 + eps, 40 + eps, eps};
+below() = Curve In BoundingBox{-eps, -eps, -eps, 80 + eps, eps, eps};
+hole() = Curve In BoundingBox{32 - eps, 12 - eps, -eps, 48 + eps, 28 + eps, eps};
+Physical Surface("Plate") = {3};
+Physical Curve("Fixed") = {left()};
+Physical Curve("Pull") = {right()};
+Physical Curve("Sliding") = {below()};
+Physical Curve("Hole") = {hole()};
+// Fine around the hole, coarse elsewhere.
+Field[1] = Distance;
+Field[1].CurvesList = {hole()};
+Field[1].NumPointsPerCurve = 100;
+Field[2] = Threshold;
+Field[2].InField = 1;
+Field[2].SizeMin = 1.8;
+Field[2].SizeMax = 5;
+Field[2].DistMin = 1;
+Field[2].DistMax = 18;
+Background Field = 2;
+Mesh.MeshSizeExtendFromBoundary = 0;
+Mesh.MeshSizeFromPoints = 0;
+Mesh.ElementOrder = 2;
+Mesh.SaveGroupsOfNodes = 1;

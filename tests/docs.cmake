@@ -1,0 +1,12 @@
+# Every page shows what is true: its decks and commands are run, its output is compared.
+if(KIVOM_PYTHON)
+  add_test(NAME docs.pages
+    COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/docs/run_docs.py --program $<TARGET_FILE:KIVOm>
+            --docs ${CMAKE_SOURCE_DIR}/docs --source ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/examples/README.md ${CMAKE_SOURCE_DIR}/README.md)
+  set_tests_properties(docs.pages PROPERTIES TIMEOUT 300)
+  add_test(NAME docs.run_docs COMMAND ${KIVOM_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/docs/test_run_docs.py)
+  add_test(NAME docs.plain_deck
+    COMMAND ${KIVOM_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/docs/test_plain_deck.py $<TARGET_FILE:KIVOm>)
+else()
+  message(STATUS "No Python: the pages of the documents are not tested")
+endif()

@@ -1,0 +1,245 @@
+#!/usr/bin/python3
+"""Runs what the pages of the documents show, and compares.
+
+    run_docs.py --program PATH --docs DIR [--source DIR] [PAGE ...]
+
+Pages are the *.md files and the man pages *.1 of DIR, and every PAGE named besides. Each page is run in a scratch
+folder of its own, from its first fenced block to its last. In the folder lie "examples" and "tools" of the project
+(the folder above DIR); KIVOm and python3 are found as commands.
+
+    ```deck name=FILE                the block is written to FILE (```file name=FILE does the same for other texts)
+    ```console                       lines with "$ " in front are commands for sh (a line that ends in "\\" goes on
+                                     with the next); below each stands all that it prints
+    ```console needs=gmsh,cgx        the same, passed over with a note where one of these programs is missing
+    ```text file=FILE lines=A-B      these lines of FILE; without "lines", the whole of it
+    other blocks                     are shown only, and not tested
+In a man page the text between .EX and .EE is a console block; .EX lines without any "$ " are shown only.
+
+What is shown is compared line by line. A line "..." stands for any number of lines, none too. Dates and elapsed times
+are masked; blanks at the ends of lines do not count. A command that ends with another exit status than 0 is a failure,
+unless "$ echo $?" follows and shows it. With --source, every message of the C++ sources must stand in the man page.
+The last line printed is "N passed, M failed"; exit status 1 when M is not 0.
+"""
+import argparse, os, re, shlex, shutil, subprocess, sys, tempfile
+
+TIMEOUT = 60  # seconds for one block
+MARK = "@@end of command@@"
+MASKS = ((re.compile(r"\b\d{2} [A-Z][a-z]+ \d{4} \d{2}:\d{2}:\d{2} [AP]M\b"), "<date>"),
+         (re.compile(r"Elapsed Time: \d+\.\d{6} sec\."), "Elapsed Time: <t> sec."))
+
+
+def masked(text):
+    """The lines of a text as they are compared; empty lines at its end do not count."""
+    for pattern, mask in MASKS:
+        text = pattern.sub(mask, text)
+    lines = [line.rstrip() for line in text.split("\n")]
+    while lines and not lines[-1]:
+        lines.pop()
+    return lines
+
+
+def difference(shown, real):
+    """None where the lines shown describe the real ones, else the first line shown that does not fit."""
+    reach = {0}  # numbers of real lines that the lines shown so far can stand for
+    for line in shown:
+        if line == "...":
+            reach = set(range(min(reach), len(real) + 1))
+        else:
+            reach = {at + 1 for at in reach if at < len(real) and real[at] == line}
+        if not reach:
+            return line
+    return None if len(real) in reach else "(end of what is shown)"
+
+
+class Block:
+    def __init__(self, kind, options, line):
+        self.kind, self.options, self.line, self.lines = kind, options, line, []
+
+
+def blocks_of_markdown(text):
+    block, fence, indent = None, None, 0
+    for number, line in enumerate(text.split("\n"), 1):
+        found = re.match(r"( *)(`{3,})(.*)$", line)
+        if found and block is None:
+            words = found.group(3).split() or [""]
+            indent, fence, options = len(found.group(1)), found.group(2), dict(word.split("=", 1) for word in words[1:])
+            block = Block(words[0], options, number)
+        elif block is not None and line.strip() == fence:
+            yield block
+            block = None
+        elif block is not None:
+            block.lines.append(line[indent:] if not line[:indent].strip() else line)
+    if block is not None:
+        raise ValueError("line %d: the block has no end" % block.line)
+
+
+def plain(roff):
+    """A line of an example in a man page, without the page's escapes."""
+    return re.sub(r"\\(-|&|e|\(aq|\(dq|\(rs)", lambda m: {"-": "-", "&": "", "e": "\\", "(aq": "'", "(dq": '"',
+                                                         "(rs": "\\"}[m.group(1)], roff)
+
+
+def blocks_of_man(text):
+    block = None
+    for number, line in enumerate(text.split("\n"), 1):
+        if line == ".EX":
+            block = Block("console", {}, number)
+        elif line == ".EE":
+            if any(line.startswith("$ ") for line in block.lines):
+                yield block
+            block = None
+        elif block is not None:
+            block.lines.append(plain(line))
+
+
+def steps(lines):
+    """A console block as [command, lines shown below it]."""
+    found, open_command = [], False
+    for line in lines:
+        if open_command:
+            found[-1][0] += "\n" + line
+        elif line.startswith("$ "):
+            found.append([line[2:], []])
+        elif found:
+            found[-1][1].append(line)
+        elif line.strip():
+            raise ValueError("the block begins with no command")
+        open_command = bool(found) and not found[-1][1] and found[-1][0].endswith("\\")
+    return found
+
+
+class Page:
+    def __init__(self, path, program, home):
+        self.path, self.program, self.home = path, program, home
+        self.passed, self.failures, self.notes = 0, [], []
+
+    def check(self, block, good, reason):
+        if good:
+            self.passed += 1
+        else:
+            self.failures.append("%s:%d: %s" % (self.path, block.line, reason))
+
+    def run(self):
+        with open(self.path, encoding="utf-8") as stream:
+            text = stream.read()
+        with tempfile.TemporaryDirectory() as scratch:
+            self.prepare(scratch)
+            try:
+                for block in (blocks_of_man if self.path.endswith(".1") else blocks_of_markdown)(text):
+                    self.run_block(block)
+            except ValueError as error:
+                self.failures.append("%s: %s" % (self.path, error))
+
+    def prepare(self, scratch):
+        self.folder, commands = os.path.join(scratch, "run"), os.path.join(scratch, "commands")
+        os.mkdir(self.folder)
+        os.mkdir(commands)
+        os.symlink(self.program, os.path.join(commands, "KIVOm"))
+        os.symlink(sys.executable, os.path.join(commands, "python3"))
+        for name in ("examples", "tools"):
+            if os.path.isdir(os.path.join(self.home, name)):
+                os.symlink(os.path.join(self.home, name), os.path.join(self.folder, name))
+        self.environment = dict(os.environ, PATH=commands + ":" + os.environ.get("PATH", ""), LC_ALL="C.UTF-8",
+                                PYTHONDONTWRITEBYTECODE="1")
+
+    def run_block(self, block):
+        if block.kind in ("deck", "file"):
+            with open(os.path.join(self.folder, block.options["name"]), "w", encoding="utf-8") as stream:
+                stream.write("".join(line + "\n" for line in block.lines))
+        elif block.kind == "console":
+            missing = [name for name in block.options.get("needs", "").split(",") if name and not shutil.which(name)]
+            if missing:
+                self.notes.append("%s:%d: passed over, no %s here" % (self.path, block.line, ", ".join(missing)))
+            else:
+                self.run_console(block)
+        elif block.kind == "text" and "file" in block.options:
+            self.compare_file(block)
+
+    def run_console(self, block):
+        commands = steps(block.lines)
+        script = "".join("%s\ns=$?; printf '\\n%%s %%d\\n' %s $s; (exit $s)\n" % (command, shlex.quote(MARK))
+                         for command, _ in commands)
+        try:
+            done = subprocess.run(["sh", "-c", script], cwd=self.folder, env=self.environment, stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=TIMEOUT)
+        except subprocess.TimeoutExpired:
+            return self.check(block, False, "the block takes longer than %d seconds" % TIMEOUT)
+        parts = re.split(r"\n%s (\d+)\n" % MARK, done.stdout.decode("utf-8", "replace"))
+        for at, (command, shown) in enumerate(commands):
+            if 2 * at + 1 >= len(parts):
+                self.check(block, False, "`%s` ended the shell" % command)
+                break
+            real = masked(parts[2 * at])
+            wrong = difference(masked("\n".join(shown)), real)
+            self.check(block, wrong is None, "`%s` does not print what is shown, from: %s\nIt prints:\n%s"
+                       % (command, wrong, "\n".join("    " + line for line in real)))
+            shows_status = at + 1 < len(commands) and commands[at + 1][0] == "echo $?"
+            if parts[2 * at + 1] != "0" and not shows_status:
+                self.check(block, False, "`%s` ends with status %s" % (command, parts[2 * at + 1]))
+
+    def compare_file(self, block):
+        try:
+            with open(os.path.join(self.folder, block.options["file"]), encoding="utf-8") as stream:
+                real = stream.read().split("\n")
+        except OSError as error:
+            return self.check(block, False, str(error))
+        if "lines" in block.options:
+            first, last = map(int, block.options["lines"].split("-"))
+            real = real[first - 1:last]
+        real, shown = masked("\n".join(real)), masked("\n".join(block.lines))
+        wrong = difference(shown, real)
+        self.check(block, wrong is None, "%s is not what is shown, from: %s\nIt holds:\n%s"
+                   % (block.options["file"], wrong, "\n".join("    " + line for line in real)))
+
+
+def messages_of(source):
+    """The texts of all messages in the C++ sources, up to the first figure or name in them."""
+    for folder in ("abaqus", "driver", "output", "store", "support", "translate"):
+        for name in sorted(os.listdir(os.path.join(source, folder))):
+            if name.endswith(".cpp"):
+                with open(os.path.join(source, folder, name), encoding="utf-8") as stream:
+                    for text in re.findall(r'"((?:[^"\\\n]|\\.)*(?:Error>|Warning>|KIVOm: )(?:[^"\\\n]|\\.)*)"',
+                                           stream.read()):
+                        yield re.split(r"%[sd]", text.replace("\\n", ""))[0].strip()
+
+
+def check_messages(source, man, failures):
+    with open(man, encoding="utf-8") as stream:
+        page = " ".join(plain(stream.read()).split())
+    passed = 0
+    for message in sorted(set(messages_of(source))):
+        if " ".join(message.split()) in page:
+            passed += 1
+        else:
+            failures.append('%s: the message "%s" is missing' % (man, message))
+    return passed
+
+
+def main():
+    options = argparse.ArgumentParser(usage=__doc__)
+    options.add_argument("--program", required=True)
+    options.add_argument("--docs", required=True)
+    options.add_argument("--source")
+    options.add_argument("pages", nargs="*")
+    given = options.parse_args()
+    docs = os.path.abspath(given.docs)
+    paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
+    passed, failures = 0, []
+    for path in paths + [os.path.abspath(page) for page in given.pages]:
+        page = Page(path, os.path.abspath(given.program), os.path.dirname(docs))
+        page.run()
+        print("%-50s %d" % (os.path.relpath(path), page.passed))
+        passed += page.passed
+        failures += page.failures
+        for note in page.notes:
+            print("note: " + note)
+    if given.source:
+        passed += check_messages(given.source, os.path.join(docs, "KIVOm.1"), failures)
+    for failure in failures:
+        print(failure)
+    print("%d passed, %d failed" % (passed, len(failures)))
+    return 1 if failures or not passed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
