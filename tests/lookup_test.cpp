@@ -1,0 +1,142 @@
+// Finding numbers in sorted lists.
+#include "support/frame.h"
+#include "support/lookup.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Ints = std::vector<int>;
+
+int Find(const Ints &list, int id) {
+    return FindIDPositionInTheList(static_cast<int>(list.size()), list.data(), id);
+}
+
+// The stated narrowing, word for word.
+int PlainFind(const Ints &list, int id) {
+    int lo = 0;
+    int hi = static_cast<int>(list.size()) - 1;
+    const auto at = [&list](int i) { return list[static_cast<std::size_t>(i)]; };
+    while (hi - lo > 1) {
+        const int mid = (lo + hi) / 2;
+        if (at(mid) < id) {
+            lo = mid;
+        } else {
+            hi = mid;
+        }
+    }
+    if (hi < 0) {
+        return -1;
+    }
+    if (at(hi) == id) {
+        return hi;
+    }
+    return at(lo) == id ? lo : -1;
+}
+
+TEST(Lookup, FindsPositionsOrNothing) {
+    const Ints list{2, 4, 7, 9};
+    EXPECT_EQ(Find(list, 7), 2);
+    EXPECT_EQ(Find(list, 2), 0);
+    EXPECT_EQ(Find(list, 9), 3);
+    EXPECT_EQ(Find(list, 8), -1);
+    EXPECT_EQ(Find(list, 1), -1);
+    EXPECT_EQ(Find(list, 10), -1);
+}
+
+TEST(Lookup, InListsOfNoneAndOne) {
+    EXPECT_EQ(Find({}, 1), -1);
+    EXPECT_EQ(Find({5}, 5), 0);
+    EXPECT_EQ(Find({5}, 4), -1);
+    EXPECT_EQ(Find({5}, 6), -1);
+}
+
+TEST(Lookup, OfARepeatedNumberIsWhatTheHalvingLeaves) {
+    EXPECT_EQ(Find({3, 3, 3}, 3), 1);
+    EXPECT_EQ(Find({3, 3}, 3), 1);
+    EXPECT_EQ(Find({1, 3, 3, 3}, 3), 1);
+}
+
+TEST(Lookup, LocalNumbersByTheirGlobalOnes) {
+    const int gids[] = {2, 4, 7, 9};
+    const int lids[] = {20, 40, -70, 90};
+    EXPECT_EQ(GetLIDByGID(2, 4, gids, lids), 20);
+    EXPECT_EQ(GetLIDByGID(7, 4, gids, lids), -70);
+    EXPECT_EQ(GetLIDByGID(8, 4, gids, lids), -1);
+    EXPECT_EQ(GetLIDByGID(2, 0, gids, lids), -1);
+    const int same[] = {3, 3, 3};
+    EXPECT_EQ(GetLIDByGID(3, 3, same, lids), 40);
+}
+
+// Every number near one of the list, and the extremes.
+void ExpectIndexAgrees(const Ints &list, IDIndexKind kind) {
+    IDIndex index;
+    BuildIDIndex(&index, static_cast<int>(list.size()), list.data());
+    EXPECT_EQ(index.kind, kind);
+    Ints asked{INT_MIN, INT_MIN + 1, -1, 0, 1, INT_MAX - 1, INT_MAX};
+    for (const int number : list) {
+        for (const long long near : {-2LL, -1LL, 0LL, 1LL, 2LL}) {
+            const long long id = number + near;
+            asked.push_back(static_cast<int>(std::clamp<long long>(id, INT_MIN, INT_MAX)));
+        }
+    }
+    for (const int id : asked) {
+        ASSERT_EQ(Find(list, id), PlainFind(list, id)) << id;
+        ASSERT_EQ(FindIDByIndex(&index, id), PlainFind(list, id)) << id;
+    }
+    ReleaseIDIndex(&index);
+}
+
+TEST(LookupIndex, OfPickedLists) {
+    ExpectIndexAgrees({}, kIDPlain);
+    ExpectIndexAgrees({7}, kIDConsecutive);
+    ExpectIndexAgrees({INT_MIN}, kIDConsecutive);
+    ExpectIndexAgrees({INT_MAX}, kIDConsecutive);
+    ExpectIndexAgrees({INT_MAX - 2, INT_MAX - 1, INT_MAX}, kIDConsecutive);
+    ExpectIndexAgrees({INT_MIN, INT_MIN + 1}, kIDConsecutive);
+    ExpectIndexAgrees({-1, 0, 1}, kIDConsecutive);
+    ExpectIndexAgrees({INT_MIN, INT_MAX}, kIDParted);
+    ExpectIndexAgrees({INT_MIN, 0, INT_MAX}, kIDParted);
+    ExpectIndexAgrees({INT_MIN, INT_MIN + 1, INT_MAX - 1, INT_MAX}, kIDParted);
+    ExpectIndexAgrees({1, 2, 3, 5}, kIDParted);
+    ExpectIndexAgrees({3, 3, 3}, kIDPlain);
+    ExpectIndexAgrees({1, 2, 2, 4}, kIDPlain);
+}
+
+TEST(LookupIndex, OfClusteredNumbers) {
+    Ints clusters;
+    for (const int start : {-2000000000, -5, 1000, 1000000, 2000000000}) {
+        for (int i = 0; i < 300; ++i) {
+            clusters.push_back(start + 3 * i);
+        }
+    }
+    ExpectIndexAgrees(clusters, kIDParted);
+}
+
+TEST(LookupIndex, OfRandomLists) {
+    std::mt19937 random(5);
+    for (int run = 0; run < 600 && !HasFatalFailure(); ++run) {
+        const int n = 2 + static_cast<int>(random() % 400);
+        Ints list;
+        for (int i = 0; i < n; ++i) {
+            list.push_back(run % 3 == 0   ? static_cast<int>(random())
+                           : run % 3 == 1 ? static_cast<int>(random() % 1000)
+                                          : 17 + 2 * i);
+        }
+        std::sort(list.begin(), list.end());
+        if (run % 2 == 0) {
+            list.erase(std::unique(list.begin(), list.end()), list.end());
+        }
+        const bool repeated = std::adjacent_find(list.begin(), list.end()) != list.end();
+        const long long span = static_cast<long long>(list.back()) - list.front();
+        const bool dense = !repeated && span == static_cast<long long>(list.size()) - 1;
+        ExpectIndexAgrees(list, repeated ? kIDPlain : dense ? kIDConsecutive : kIDParted);
+    }
+}
+
+} // namespace

@@ -1,0 +1,18 @@
+# The rooms, each with a test program of its own. Most link a system whose files live in memory and whose services
+# fail on demand.
+add_library(kivom_fakesystem STATIC fakesystem.cpp)
+target_link_libraries(kivom_fakesystem PUBLIC kivom_core)
+
+foreach(room allocate scan names sort lookup store rows line exchange order find reader maps translate output vtk
+        fakesystem)
+  kivom_test(${room}_test LINK kivom_core kivom_fakesystem)
+endforeach()
+
+kivom_test(frame_test)
+
+kivom_test(layers_test LINK kivom_core)
+target_compile_definitions(layers_test PRIVATE KIVOM_SOURCES="${PROJECT_SOURCE_DIR}")
+
+kivom_test(driver_test LINK kivom_core)
+target_compile_definitions(driver_test PRIVATE KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>")
+add_dependencies(driver_test KIVOm)
