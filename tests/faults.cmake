@@ -1,0 +1,24 @@
+# Hostile decks, faults from outside, shortage of memory, and the replay of what the fuzz targets have found.
+include(${CMAKE_CURRENT_LIST_DIR}/../fuzz/targets.cmake)
+
+kivom_fuzz_core(kivom_memory_core)
+
+# replay_run, replay_rows, ...: each target over its seeds and finds, with whatever compiler is at hand.
+foreach(target ${KIVOM_FUZZ_TARGETS})
+  add_executable(replay_${target} ${KIVOM_FUZZ_DIR}/${target}_fuzz.cpp ${KIVOM_FUZZ_DIR}/replay_main.cpp)
+  target_link_libraries(replay_${target} PRIVATE kivom_memory_core)
+  add_test(NAME replay.${target}
+    COMMAND replay_${target} ${KIVOM_FUZZ_DIR}/seeds/${target} ${KIVOM_FUZZ_DIR}/found/${target})
+endforeach()
+
+add_executable(alloc_test ${CMAKE_CURRENT_LIST_DIR}/faults/alloc_test.cpp)
+target_link_libraries(alloc_test PRIVATE kivom_memory_core)
+add_test(NAME faults.memory COMMAND alloc_test)
+
+if(KIVOM_PYTHON)
+  add_test(NAME faults.outside COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/faults/faults.py
+    --program $<TARGET_FILE:KIVOm> --work ${CMAKE_CURRENT_BINARY_DIR}/faults-work)
+  add_test(NAME hostile COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/hostile/hostile.py
+    --program $<TARGET_FILE:KIVOm> --work ${CMAKE_CURRENT_BINARY_DIR}/hostile-work)
+  set_tests_properties(hostile PROPERTIES TIMEOUT 600 RUN_SERIAL ON)
+endif()
