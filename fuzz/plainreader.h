@@ -1,5 +1,4 @@
-// A whole deck by the plain rules: what must be reported, and every node, face and cell that must come out. Only edge
-// and characteristic lengths are left out.
+// A whole deck by the plain rules: what must be reported, and every list of "mesh.input" that must come out.
 //
 // Lists, double loops and look-ups one by one, as the rules state them; see plain.h for lines and fields.
 #ifndef KIVOM_FUZZ_PLAINREADER_H
@@ -15,6 +14,7 @@ struct PlainResult {
     int nDim;
     long long nNodes, nFaces, nCells;
     int nNodeGroups, nFaceGroups, nCellGroups;
+    std::string summaryLengths;     // the last three lines of the mesh summary
     std::vector<std::string> lists; // that "mesh.input" holds, from their keys to their last line ends
 };
 

@@ -106,6 +106,8 @@ void CheckAgainstPlain(const Result &run, const MeshFile &mesh, const PlainResul
     }
     begin += "  Mesh summary:\n";
     Require(log.compare(0, begin.size(), begin) == 0, "the log says what the plain rules say");
+    Require(log.find(plain.summaryLengths + "Elapsed Time: ", begin.size()) != std::string::npos,
+            "the lengths are those of the plain rules");
     for (const std::string &list : plain.lists) {
         Require(run.files.at("mesh.input").find(list) != std::string::npos, "the lists are those of the plain rules");
     }

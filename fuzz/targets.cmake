@@ -12,7 +12,8 @@ function(kivom_fuzz_core name)
   list(TRANSFORM sources PREPEND ${KIVOM_ROOT}/)
   add_library(${name} OBJECT ${sources} ${KIVOM_FUZZ_DIR}/memorysystem.cpp
     ${KIVOM_FUZZ_DIR}/meshfile.cpp ${KIVOM_FUZZ_DIR}/plain.cpp
-    ${KIVOM_FUZZ_DIR}/plainreader.cpp)
+    ${KIVOM_FUZZ_DIR}/plainreader.cpp ${KIVOM_FUZZ_DIR}/plainresolve.cpp
+    ${KIVOM_FUZZ_DIR}/plainmesh.cpp)
   target_include_directories(${name} PUBLIC ${KIVOM_ROOT})
   set_source_files_properties(${KIVOM_ROOT}/support/allocate.cpp
     PROPERTIES COMPILE_DEFINITIONS NextCapacity=NextCapacityOfTheProgram)
