@@ -190,7 +190,8 @@ class Tests:
         mark = os.path.join(self.work, "mark")
         if os.path.exists(mark):
             os.remove(mark)
-        return {"LD_PRELOAD": library, "FAULT_MARK": mark, **{name: str(value) for name, value in settings.items()}}, mark
+        settings = {name: str(value) for name, value in settings.items()}
+        return {"LD_PRELOAD": library, "FAULT_MARK": mark, **settings}, mark
 
     def deck_fails_half_way(self):
         for cut in (4096, 5000, 1, 262144):  # whole lines or not, one byte at a time, whole blocks
@@ -295,8 +296,9 @@ class Tests:
 
     def file_is_full(self):
         for name in FILES:
-            run = Run(self, deck=self.deck,
-                      prepare=lambda folder, name=name: os.symlink("/dev/full", os.path.join(os.fsencode(folder), name)))
+            def prepare(folder, name=name):
+                os.symlink("/dev/full", os.path.join(os.fsencode(folder), name))
+            run = Run(self, deck=self.deck, prepare=prepare)
             self.require_broken(run, name, b"No space left on device")
             self.require_whole(run, [other for other in FILES if other != name])
 
@@ -364,9 +366,9 @@ class Tests:
                 continue
             ended += 1
             require(run.status == 1, f"{megabytes} MB: the status is 1, not {run.status}")
-            require(re.search(rb"Warning> trying to allocate memory \.\.\. \n"
-                              rb"Error> failed to allocate storage with [0-9.]+ (Megabytes|Kilobytes|Bytes) \.\n$", run.log),
-                    f"{megabytes} MB: the log ends with the size")
+            words = (rb"Warning> trying to allocate memory \.\.\. \n"
+                     rb"Error> failed to allocate storage with [0-9.]+ (Megabytes|Kilobytes|Bytes) \.\n$")
+            require(re.search(words, run.log), f"{megabytes} MB: the log ends with the size")
             for name in run.left:
                 text = run.read(name)
                 require(text == self.whole[name] or (len(text) < len(self.whole[name])

@@ -13,11 +13,12 @@ import itertools
 import mmap
 import os
 import random
+import re
 import resource
 import shutil
 import sys
 
-DEFAULT_SIZE = 300_000
+DEFAULT_SIZE = 200_000
 FACTOR = 8
 
 # Processor time: a slower small run means more time for the large one. The floor is what a run may take for
@@ -448,6 +449,29 @@ def is_sanitized(program):
         return b"__asan_init" in file.read()
 
 
+def run_deck(name, make, size, program, work, bounded):
+    """Makes the deck and runs the program on it: the run, and what is wrong with it."""
+    folder = os.path.join(work, re.sub(r"[^a-z]+", "-", name.lower()))
+    shutil.rmtree(folder, ignore_errors=True)
+    os.makedirs(folder)
+    deck = Deck(os.path.join(folder, "deck.inp"), size)
+    wanted = make(deck)
+    deck.file.close()
+    limit = deck.written * HELD_PER_BYTE * 2 + (1 << 30) if bounded else 0
+    run = Run(program, folder, ["--vtk"] if name in WITH_VTK else [], limit)
+    shutil.rmtree(folder)
+    return run, complaints_of(run, wanted, bounded)
+
+
+def compare_runs(small, large):
+    """What is wrong with the growth from one run to the other."""
+    work = (large.read + large.written) / (small.read + small.written)
+    most = TIME_FLOOR + small.seconds * max(work, FACTOR) * (1 + TIME_MARGIN)
+    if large.seconds > most:
+        return [f"took {small.seconds:.3f} s, then {large.seconds:.3f} s for {work:.1f} times the work"]
+    return []
+
+
 def main():
     options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     options.add_argument("--program", required=True)
@@ -465,31 +489,14 @@ def main():
     for name, make in DECKS.items():
         if options.only and options.only != name:
             continue
-        runs = []
-        found = []
-        for size in (options.size, options.size * FACTOR):
-            folder = os.path.join(options.work, name.replace(" ", "-"))
-            shutil.rmtree(folder, ignore_errors=True)
-            os.makedirs(folder)
-            deck = Deck(os.path.join(folder, "deck.inp"), size)
-            wanted = make(deck)
-            deck.file.close()
-            arguments = ["--vtk"] if name in WITH_VTK else []
-            limit = (deck.written * HELD_PER_BYTE * 2 + (1 << 30)) if bounded else 0
-            run = Run(program, folder, arguments, limit)
-            found += complaints_of(run, wanted, bounded)
-            runs.append(run)
-            shutil.rmtree(folder)
-        small, large = runs
-        work = (large.read + large.written) / (small.read + small.written)
-        most = TIME_FLOOR + small.seconds * max(work, FACTOR) * (1 + TIME_MARGIN)
-        if bounded and large.seconds > most:
-            found.append(f"took {small.seconds:.3f} s, then {large.seconds:.3f} s for {work:.1f} times the work")
+        small, found = run_deck(name, make, options.size, program, options.work, bounded)
+        large, more = run_deck(name, make, options.size * FACTOR, program, options.work, bounded)
+        found += more + (compare_runs(small, large) if bounded else [])
         held = max(0, large.peak - HELD_ALWAYS // 4) / large.read
         worst = max(worst, (held, name))
         if options.verbose or found:
-            print(f"{name:34} {small.seconds:7.3f} s {large.seconds:8.3f} s  work x{work:5.1f}  "
-                  f"{large.peak >> 20:5} MB  {held:6.1f} bytes per byte")
+            print(f"{name:34} {small.seconds:7.3f} s {large.seconds:8.3f} s {large.peak >> 20:6} MB "
+                  f"{held:6.1f} bytes per byte")
         for complaint in found:
             print(f"  FAILED {name}: {complaint}")
         failures += bool(found)
