@@ -1,7 +1,7 @@
 # Installing, uninstalling and packing.
 #
 #   cmake --install BUILD [--prefix DIR]      program, man page, documents, examples
-#   cmake --build BUILD --target uninstall    removes what the last install put there
+#   cmake --build BUILD --target uninstall    removes what the last install put there, but folders such as bin
 #   cpack --config BUILD/CPackConfig.cmake    a Debian package
 #
 # The documents keep the layout of the project (docs, examples, tools), so that their links and commands hold.
@@ -16,16 +16,19 @@ if(KIVOM_GZIP)
     COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 > ${man_page}
     DEPENDS ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 VERBATIM)
   add_custom_target(man_page ALL DEPENDS ${man_page})
+  add_dependencies(KIVOm man_page) # who has built the program alone can install, too
 else()
   set(man_page ${CMAKE_SOURCE_DIR}/docs/KIVOm.1)
 endif()
 
 install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(TARGETS KIVOm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md DESTINATION ${KIVOM_DOCS} OPTIONAL)
+install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/CONTRIBUTING.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md
+  DESTINATION ${KIVOM_DOCS})
+install(FILES ${CMAKE_SOURCE_DIR}/tests/cases/README.md DESTINATION ${KIVOM_DOCS}/tests/cases)
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/copyright DESTINATION ${KIVOM_DOCS})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINATION ${KIVOM_DOCS}
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.inp" PATTERN "*.geo"
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.1" PATTERN "*.png" PATTERN "*.inp" PATTERN "*.geo"
   PATTERN "make/*.py" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE
   PATTERN "__pycache__" EXCLUDE)
 install(PROGRAMS ${CMAKE_SOURCE_DIR}/tools/kivomesh.py ${CMAKE_SOURCE_DIR}/tools/render.py

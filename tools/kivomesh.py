@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Reads the solver's mesh file "mesh.input". Standard library only, Python 3.9 or later.
-As a command:  kivomesh.py mesh.input       prints a short summary; exit status 1 when the file is refused
+As a command:  kivomesh.py mesh.input       prints sizes and groups; exit status 1: the file is refused
 As a module:   mesh = kivomesh.read("mesh.input")
   mesh.dimension                             2, 3, or None where the file names none (then there are no nodes)
   mesh.characteristic, .shortest, .longest   the mesh-wide lengths (None without a dimension)
@@ -15,8 +15,7 @@ Node positions count from 0; -1: the deck had no such node. Type codes: 3 and 4 
 mid-side, corner, ...), 5 and 6 tetrahedra of 4 and 10 nodes.
 A file that departs from the format is refused: MeshError says "file:line: reason".
 """
-import re, sys
-from types import SimpleNamespace
+import collections, re, sys, types
 
 INT, REAL = re.compile(r" *(0|-?[1-9][0-9]*)"), re.compile(r" *-?(\d\.\d{15}e[-+]\d{2,3}|inf|nan)")
 # (in two dimensions, type code): (nodes of such a cell, the solver's material nodes of it)
@@ -77,7 +76,7 @@ class Lines:  # the file's lines, taken one by one, each held against what must 
     def groups(self, kind):
         groups, head = [], "  <%s Group> " % kind
         while self.starts(head):
-            groups.append(group := SimpleNamespace(name=self.after(head), tag=self.number(kind + "Tag")))
+            groups.append(group := types.SimpleNamespace(name=self.after(head), tag=self.number(kind + "Tag")))
             if kind == "Cell":
                 keys = "Minimum_Edge_Length  ", "Maximum_Edge_Length  ", "Characteristic_length"
                 group.shortest, group.longest, group.characteristic = [self.number(key, 0, 24) for key in keys]
@@ -85,7 +84,7 @@ class Lines:  # the file's lines, taken one by one, each held against what must 
         return groups
 
 def read(path):
-    lines, mesh = Lines(path), SimpleNamespace()
+    lines, mesh = Lines(path), types.SimpleNamespace()
     mesh.dimension = mesh.characteristic = mesh.shortest = mesh.longest = None
     for name in "current previous initial node_tags on_boundary faces face_tags cells cell_types cell_tags".split():
         setattr(mesh, name, [])
@@ -144,6 +143,7 @@ if __name__ == "__main__":
         sys.exit("kivomesh.py: %s" % error)
     counts = map(len, (found.current, found.faces, found.cells))
     print("dimension %s, %d nodes, %d faces, %d cells" % (found.dimension or "none", *counts))
-    for name in ("node_group", "face_group", "cell_group"):
-        for entry in getattr(found, name + "s"):
-            print('%s %d "%s"' % (name.replace("_", " "), entry.tag, entry.name))
+    for kind, tags in ("node", found.node_tags), ("face", found.face_tags), ("cell", found.cell_tags):
+        members = collections.Counter(tags)
+        for entry in getattr(found, kind + "_groups"):
+            print('%s group %d "%s": %d %ss' % (kind, entry.tag, entry.name, members[entry.tag], kind))

@@ -1,12 +1,9 @@
 #!/usr/bin/python3
 """Draws the VTK files of one run as a picture.
 
-    render.py [--view X,Y,Z] [--size W,H] [--no-sets] FOLDER PICTURE.png
-
 FOLDER holds "mesh.input" and the "_*.vtk" files of a run with "--vtk". Cells are coloured by their group, with edges;
-faces lie on top in stronger colours, one for each surface; node sets are balls. --view is the direction from the mesh
-to the eye (standard: along z for a mesh in two dimensions, from the front, right and above for one in three).
-Needs Python's VTK (Debian: python3-vtk9) and, without a screen, xvfb-run (Debian: xvfb, xauth).
+faces lie on top in stronger colours, one for each surface; node sets are balls. Run it as "tools/render.py": it needs
+/usr/bin/python3 with VTK (apt-get install python3-vtk9) and, without a screen, xvfb-run (apt-get install xvfb xauth).
 """
 import argparse, os, shutil, sys
 
@@ -28,7 +25,7 @@ def with_a_screen():
     """VTK draws through X here: without a screen the script starts again below xvfb-run."""
     if not os.environ.get("DISPLAY"):
         if not shutil.which("xvfb-run"):
-            sys.exit("render.py: there is no screen and no xvfb-run")
+            sys.exit("render.py: there is no screen and no xvfb-run (apt-get install xvfb xauth)")
         os.execvp("xvfb-run", ["xvfb-run", "-a", sys.executable] + sys.argv)
 
 
@@ -227,17 +224,31 @@ def numbers(count):
 
 
 def main():
-    options = argparse.ArgumentParser(usage=__doc__)
-    options.add_argument("--view", type=numbers(3))
-    options.add_argument("--size", type=numbers(2), default=(1200, 800))
-    options.add_argument("--no-sets", action="store_true")
-    options.add_argument("folder")
-    options.add_argument("picture")
+    what, _, more = __doc__.partition("\n\n")
+    options = argparse.ArgumentParser(description=what, epilog=more,
+                                      formatter_class=argparse.RawDescriptionHelpFormatter)
+    options.add_argument("--view", type=numbers(3), metavar="X,Y,Z",
+                         help="the direction from the mesh to the eye, written --view=X,Y,Z when X is negative (standard: "
+                              "along z in two dimensions, from the front, right and above in three)")
+    options.add_argument("--size", type=numbers(2), default=(1200, 800), metavar="W,H",
+                         help="width and height in pixels (standard: 1200,800)")
+    options.add_argument("--no-sets", action="store_true", help="leave the node sets out")
+    options.add_argument("folder", help='where "mesh.input" and the VTK files are')
+    options.add_argument("picture", help="the PNG file to write")
     given = options.parse_args()
-    with_a_screen()
+    try:
+        mesh = kivomesh.read(os.path.join(given.folder, "mesh.input"))
+    except (kivomesh.MeshError, OSError) as error:
+        sys.exit("render.py: %s" % error)
+    if not os.path.exists(os.path.join(given.folder, "_Cells.vtk")):
+        sys.exit("render.py: there is no _Cells.vtk in %s: run KIVOm with --vtk" % given.folder)
     global vtk
-    import vtk
-    mesh = kivomesh.read(os.path.join(given.folder, "mesh.input"))
+    try:
+        import vtk
+    except ImportError:
+        sys.exit("render.py: %s has no VTK: apt-get install python3-vtk9, and run it with /usr/bin/python3"
+                 % sys.executable)
+    with_a_screen()
     if not mesh.dimension or not mesh.current:
         sys.exit("render.py: there is nothing to draw")
     picture, side = vtk.vtkRenderer(), vtk.vtkRenderer()

@@ -1,22 +1,25 @@
 #!/usr/bin/python3
 """Rewrites an Abaqus deck so that the mesh translator loses nothing of its mesh.
 
-    plain_deck.py [--group [NAME=]SET ...] IN.inp OUT.inp
-
 What the translator refuses or passes over, and what becomes of it:
-    *INCLUDE, INPUT=FILE                     the file's lines take its place
+    *INCLUDE; INPUT= of *NODE and *ELEMENT   the file's lines take its place
     GENERATE, INSTANCE, INTERNAL, UNSORTED   the set with its numbers listed, the surface without the word
     sets named as members of sets            their numbers
     *NSET, ELSET=SET                         the nodes of the set's elements
     surfaces that name elements by the ELSET of an *ELEMENT line: one row for each element
     triangles on the faces of tetrahedra,    a surface for each set of them: rows of element and label
-    lines on the edges of triangles
-    a set of elements named by --group       an *ELEMENT section of its own, thus a cell group; with NAME= under this name
-                                             (several: an element goes to the first that lists it)
+    lines on the edges of triangles          (between two elements: from the one that comes first in the deck)
+    a set of elements named by --group       an *ELEMENT section of its own, thus a cell group
     an *ELEMENT section without ELSET        ELSET=CELLS
     a set's name that holds a refused word   the name with "-" inside that word
-All other elements are dropped, with a note for each type. Decks with several *INSTANCE lines are
-refused: their parts number nodes alike and have to be moved into place first. Standard library only.
+    Fortran's exponents (1.5D+02)            1.5E+02
+
+Coordinates stay as they are. Where nodes are not at the place that is written on their line the script stops with
+status 1: *NODE with SYSTEM=, *SYSTEM, an *INSTANCE that is moved, several *INSTANCE lines, *NMAP. It stops too at a
+row that cannot be read, at *ELEMENT with OFFSET= or SOLID ELEMENT NUMBERING, and at a --group or --drop that names no
+set. What it leaves out is said on a line that begins with "dropped:"; "renamed:" and "note:" say what else is worth a
+look.
+Standard library only.
 """
 import argparse, os, re, sys
 from itertools import combinations
@@ -33,6 +36,11 @@ EDGES = ((0, 1), (1, 2), (2, 0))  # corners of S1 ... S3 of a triangle
 REFUSED = {"NSET": ("ELSET", "GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"),
            "ELSET": ("GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"), "ELEMENT": ("FILE", "INPUT", "OFFSET"),
            "SURFACE": ("COMBINE", "CROP", "DEFINITION", "INTERNAL", "REGIONTYPE", "TRIM")}
+GENERATORS = ("NGEN", "NFILL", "NCOPY", "ELGEN", "ELCOPY")  # they make nodes or elements from others
+
+
+def stop(reason):
+    sys.exit("plain_deck.py: " + reason)
 
 
 def logical_lines(path):
@@ -51,10 +59,10 @@ def logical_lines(path):
                 continue
             fields, keyword = [field.strip() for field in keyword[1:].split(",")], None
             included = dict(parameter(field) for field in fields[1:]).get("INPUT")
-            if fields[0].upper() == "INCLUDE" and included:
-                yield from logical_lines(os.path.join(os.path.dirname(path), included))
-            else:
+            if fields[0].upper() != "INCLUDE":
                 yield True, fields
+            if included and fields[0].upper() in ("INCLUDE", "NODE", "ELEMENT"):
+                yield from logical_lines(os.path.join(os.path.dirname(path), included))
 
 
 def parameter(field):
@@ -68,27 +76,41 @@ class Deck:
     def __init__(self, path):
         self.nodes, self.elements, self.notes = {}, {}, []  # number: coordinates as text; number: (type, nodes, set)
         self.node_sets, self.cell_sets, self.sections, self.surfaces = {}, {}, {}, {}
+        self.repeated, self.unknown = {"nodes": 0, "elements": 0}, {}  # the second: names of sets that are none
         section, rows, instances = None, [], 0
         for is_keyword, fields in logical_lines(path):
             if not is_keyword:
-                rows.append([field for field in fields if field])
+                rows.append(fields)
                 continue
-            self.take(section, rows)
+            self.take_readable(section, rows)
             section = fields[0].replace(" ", "").upper(), dict(parameter(field) for field in fields[1:])
             rows = []
             instances += section[0] == "INSTANCE"
-        self.take(section, rows)
+        self.take_readable(section, rows)
         if instances > 1:
-            sys.exit("plain_deck.py: %s holds %d instances of parts; write it without parts first" % (path, instances))
+            stop("%s holds %d instances of parts; write it without parts first" % (path, instances))
+        for kind, count in self.repeated.items():
+            if count:
+                self.notes.append("note: the numbers of %d %s stand twice; the last ones count" % (count, kind))
+
+    def take_readable(self, section, rows):
+        if section is not None:
+            try:
+                self.take(section, rows)
+            except (ValueError, IndexError) as error:
+                stop("*%s: a row cannot be read: %s" % (section[0], error))
 
     def take(self, section, rows):
-        if section is None:
-            return
         keyword, words = section
+        coordinates = rows
+        rows = [[field for field in row if field] for row in rows]
+        refuse_what_moves(keyword, words, rows)
         name = words.get(keyword if keyword in ("NSET", "ELSET") else "NAME", "").upper()
         if keyword == "NODE":
-            for row in rows:
-                self.nodes[int(row[0])] = row[1:4]
+            for row in coordinates:  # an empty field is 0
+                place = [re.sub("[dD]", "E", field) or "0" for field in row[1:4]]
+                self.repeated["nodes"] += self.nodes.get(int(row[0]), place) != place
+                self.nodes[int(row[0])] = place
             self.node_sets.setdefault((words.get("NSET", "").upper(), False), []).extend(row[0] for row in rows)
         elif keyword == "ELEMENT":
             self.take_elements(words.get("TYPE", "").upper(), words.get("ELSET", "").upper(), rows)
@@ -98,8 +120,24 @@ class Deck:
             self.node_sets.setdefault((name, True), []).extend(members(rows, "GENERATE" in words))
         elif keyword == "ELSET":
             self.cell_sets.setdefault(name, []).extend(members(rows, "GENERATE" in words))
-        elif keyword == "SURFACE" and words.get("TYPE", "ELEMENT").upper() == "ELEMENT":
-            self.surfaces.setdefault(name, []).extend((row[0].upper(), row[1].upper()) for row in rows if len(row) > 1)
+        elif keyword == "SURFACE":
+            self.take_surface(name, words, rows)
+        elif keyword in GENERATORS:
+            self.notes.append("dropped: what *%s would make" % keyword)
+
+    def take_surface(self, name, words, rows):
+        reasons = [word for word in ("COMBINE", "CROP", "DEFINITION") if word in words]
+        if words.get("TYPE", "ELEMENT").upper() != "ELEMENT":
+            reasons.append("TYPE=" + words["TYPE"].upper())
+        if reasons:
+            self.notes.append("dropped: the surface %s, for its %s" % (name, reasons[0]))
+            return
+        surface = self.surfaces.setdefault(name, [])
+        for row in rows:
+            if len(row) > 1 and re.fullmatch("[A-Z][1-4]", row[1].upper()):
+                surface.append((row[0].upper(), row[1].upper()))
+            else:
+                self.notes.append("dropped: the row '%s' of surface %s, which names no side" % (", ".join(row), name))
 
     def take_elements(self, kind, name, rows):
         width = 1 + NODES.get(kind, 0)
@@ -107,7 +145,10 @@ class Deck:
             self.notes.append("dropped: the elements of type %s of set %s" % (kind, name or "(no name)"))
             return
         numbers = [int(field) for row in rows for field in row]
+        if len(numbers) % width:
+            raise ValueError("%s has %d numbers to an element" % (kind, width))
         for at in range(0, len(numbers), width):
+            self.repeated["elements"] += numbers[at] in self.elements
             self.elements[numbers[at]] = kind, numbers[at + 1:at + width], name or "CELLS"
             self.sections.setdefault(name or "CELLS", []).append(numbers[at])
 
@@ -118,6 +159,8 @@ class Deck:
             text = str(member).rsplit(".", 1)[-1].upper()
             if text.isdigit():
                 found.append(int(text))
+            elif text not in sets and text not in self.sections:
+                self.unknown[text] = True
             elif text not in seen + (name,):
                 found += self.numbers(text, sets, seen + (name,))
         return found
@@ -148,6 +191,9 @@ class Deck:
             if new:
                 found.setdefault(name, []).extend(new)
             if name in self.cell_sets:
+                taken = len([e for e in members_of if e in listed])
+                if taken:
+                    self.notes.append("note: %d elements of %s go to the surface of a set before it" % (taken, name))
                 listed.update(new)
         return found
 
@@ -173,6 +219,19 @@ class Deck:
         return surfaces
 
 
+def refuse_what_moves(keyword, words, rows):
+    """Stops where nodes would not be at the place, or elements not have the numbers, that their lines give."""
+    if keyword == "NODE" and "SYSTEM" in words:
+        stop("*NODE with SYSTEM=%s: write the nodes in plain x, y, z first" % words["SYSTEM"])
+    if keyword == "SYSTEM" and rows or keyword == "NMAP":
+        stop("*%s moves nodes: write the nodes in plain x, y, z first" % keyword)
+    if keyword == "INSTANCE" and (len(rows) > 1 or any(float(field) for row in rows for field in row)):
+        stop("the instance %s is moved: write the deck without parts first" % words.get("NAME", ""))
+    for word in ("OFFSET", "SOLIDELEMENTNUMBERING"):
+        if keyword == "ELEMENT" and word in words:
+            stop("*ELEMENT with %s: write the elements with their own numbers first" % word)
+
+
 def members(rows, generate):
     """The members of a set; first, last, step written out."""
     if not generate:
@@ -194,14 +253,16 @@ def listing(numbers, step=12):
         yield ", ".join(map(str, numbers[at:at + step])) + "\n"
 
 
-def write(deck, groups, put):
-    """`groups` are pairs (name, set). `put` takes lines."""
+def write(deck, groups, dropped, put):
+    """`groups` are pairs (name, set), `dropped` are names of node sets. `put` takes lines."""
     put("*Node\n")
     for number, coordinates in deck.nodes.items():
         put("%d, %s\n" % (number, ", ".join(coordinates)))
     rest, blocks = dict.fromkeys(deck.cells()), []
     for name, members_of in groups:
-        chosen = [e for e in deck.numbers(members_of.upper(), deck.cell_sets) if e in rest]
+        chosen = [e for e in deck.numbers(members_of, deck.cell_sets) if e in rest]
+        if not chosen:
+            deck.notes.append("note: the group %s is empty; no cell of %s was left for it" % (name, members_of))
         blocks.append((name, chosen))
         for e in chosen:
             del rest[e]
@@ -214,7 +275,7 @@ def write(deck, groups, put):
                 if deck.elements[e][0] == kind:
                     put("%d, %s\n" % (e, ", ".join(map(str, deck.elements[e][1]))))
     for key in deck.node_sets:
-        if key[1]:
+        if key[1] and key[0] not in dropped:
             put("*Nset, nset=%s\n" % harmless(key[0], "NSET", deck.notes))
             put("".join(listing(deck.node_numbers(key))))
     cells = set(deck.cells())
@@ -230,17 +291,39 @@ def write(deck, groups, put):
         put("".join("%d, %s\n" % row for row in rows))
 
 
+def known(names, sets, kind):
+    for name in names:
+        if name not in sets:
+            stop('no set of %s "%s"; there are: %s' % (kind, name, ", ".join(filter(None, sets)) or "none"))
+
+
 def main():
-    options = argparse.ArgumentParser(usage=__doc__)
-    options.add_argument("--group", action="append", default=[])
-    options.add_argument("deck")
-    options.add_argument("result")
+    what, _, more = __doc__.partition("\n\n")
+    options = argparse.ArgumentParser(description=what, epilog=more,
+                                      formatter_class=argparse.RawDescriptionHelpFormatter)
+    options.add_argument("--group", action="append", default=[], metavar="[NAME=]SET",
+                         help="make a cell group of this set of elements, under this name; may be given several times "
+                              "(an element goes to the first that lists it)")
+    options.add_argument("--drop", action="append", default=[], metavar="SET",
+                         help="leave this node set out; may be given several times")
+    options.add_argument("deck", help="the deck to read")
+    options.add_argument("result", help="the deck to write")
     given = options.parse_args()
-    deck = Deck(given.deck)
-    groups = [(re.split("=", text, maxsplit=1)[0], text.split("=")[-1]) for text in given.group]
-    with open(given.result, "w", encoding="latin-1") as stream:
-        write(deck, groups, stream.write)
-    for note in deck.notes:
+    try:
+        deck = Deck(given.deck)
+        groups = [(re.split("=", text, maxsplit=1)[0], text.split("=")[-1].upper()) for text in given.group]
+        dropped = [name.upper() for name in given.drop]
+        known([members_of for _, members_of in groups], {**deck.cell_sets, **deck.sections}, "elements")
+        known(dropped, [name for name, listed in deck.node_sets if listed], "nodes")
+        if os.path.exists(given.result) and os.path.samefile(given.deck, given.result):
+            stop("the deck to write is the deck to read")
+        with open(given.result, "w", encoding="latin-1") as stream:
+            write(deck, groups, dropped, stream.write)
+    except OSError as error:
+        stop("%s: %s" % (error.filename, error.strerror))
+    for name in deck.unknown:
+        deck.notes.append('note: "%s" is named as a set and is none' % name)
+    for note in dict.fromkeys(deck.notes):
         print(note)
 
 

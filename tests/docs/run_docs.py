@@ -1,8 +1,6 @@
 #!/usr/bin/python3
 """Runs what the pages of the documents show, and compares.
 
-    run_docs.py --program PATH --docs DIR [--source DIR] [PAGE ...]
-
 Pages are the *.md files and the man pages *.1 of DIR, and every PAGE named besides. Each page is run in a scratch
 folder of its own, from its first fenced block to its last. In the folder lie "examples" and "tools" of the project
 (the folder above DIR); KIVOm and python3 are found as commands.
@@ -17,10 +15,12 @@ In a man page the text between .EX and .EE is a console block; .EX lines without
 
 What is shown is compared line by line. A line "..." stands for any number of lines, none too. Dates and elapsed times
 are masked; blanks at the ends of lines do not count. A command that ends with another exit status than 0 is a failure,
-unless "$ echo $?" follows and shows it. With --source, every message of the C++ sources must stand in the man page.
+unless "$ echo $?" follows and shows it. Files that a page links to must be there. With --source, this holds for the
+other pages of the project too, and every message of the C++ sources must stand in the man page, which must not let one
+go on that ends.
 The last line printed is "N passed, M failed"; exit status 1 when M is not 0.
 """
-import argparse, os, re, shlex, shutil, subprocess, sys, tempfile
+import argparse, glob, os, re, shlex, shutil, subprocess, sys, tempfile
 
 TIMEOUT = 60  # seconds for one block
 MARK = "@@end of command@@"
@@ -49,6 +49,25 @@ def difference(shown, real):
         if not reach:
             return line
     return None if len(real) in reach else "(end of what is shown)"
+
+
+def links_of_markdown(text):
+    """(line number, file) of every link and picture that leads to another file; what stands in blocks is none."""
+    fenced = False
+    for number, line in enumerate(text.split("\n"), 1):
+        if re.match(r" *```", line):
+            fenced = not fenced
+        elif not fenced:
+            for target in re.findall(r"\]\(([^)\s]+)\)", re.sub(r"`[^`]*`", "", line)):
+                if not re.match(r"[a-z]+:|#", target):
+                    yield number, target.split("#")[0]
+
+
+def check_links(path, failures):
+    with open(path, encoding="utf-8") as stream:
+        for number, target in links_of_markdown(stream.read()):
+            if not os.path.exists(os.path.join(os.path.dirname(path), target)):
+                failures.append("%s:%d: there is no file %s" % (path, number, target))
 
 
 class Block:
@@ -122,6 +141,8 @@ class Page:
     def run(self):
         with open(self.path, encoding="utf-8") as stream:
             text = stream.read()
+        if self.path.endswith(".md"):
+            check_links(self.path, self.failures)
         with tempfile.TemporaryDirectory() as scratch:
             self.prepare(scratch)
             try:
@@ -208,7 +229,7 @@ def check_messages(source, man, failures):
         page = " ".join(plain(stream.read()).split())
     passed = 0
     for message in sorted(set(messages_of(source))):
-        if " ".join(message.split()) in page:
+        if re.search(re.escape(" ".join(message.split())) + "(?!:)", page):
             passed += 1
         else:
             failures.append('%s: the message "%s" is missing' % (man, message))
@@ -216,11 +237,13 @@ def check_messages(source, man, failures):
 
 
 def main():
-    options = argparse.ArgumentParser(usage=__doc__)
-    options.add_argument("--program", required=True)
-    options.add_argument("--docs", required=True)
-    options.add_argument("--source")
-    options.add_argument("pages", nargs="*")
+    what, _, more = __doc__.partition("\n\n")
+    options = argparse.ArgumentParser(description=what, epilog=more,
+                                      formatter_class=argparse.RawDescriptionHelpFormatter)
+    options.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
+    options.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
+    options.add_argument("--source", metavar="DIR", help="the project, to compare messages")
+    options.add_argument("pages", nargs="*", help="pages elsewhere")
     given = options.parse_args()
     docs = os.path.abspath(given.docs)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
@@ -234,6 +257,11 @@ def main():
         for note in page.notes:
             print("note: " + note)
     if given.source:
+        done = paths + [os.path.abspath(page) for page in given.pages]
+        for pattern in ("*.md", "fuzz/*.md", "tests/*/*.md"):  # pages without anything to run
+            for path in sorted(glob.glob(os.path.join(os.path.abspath(given.source), pattern))):
+                if path not in done:
+                    check_links(path, failures)
         passed += check_messages(given.source, os.path.join(docs, "KIVOm.1"), failures)
     for failure in failures:
         print(failure)

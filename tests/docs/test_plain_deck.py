@@ -87,6 +87,55 @@ class PlainDeck(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertIn("2 instances", said)
 
+    def test_what_moves_nodes_is_refused(self):
+        for text in (NODES.replace("*Node", "*Node,system=C"), "*System\n1,0,0\n" + NODES,
+                     NODES + "*Nmap,type=shift\n1\n", NODES + "*Instance,name=a,part=p\n0.,0.,5.\n*End Instance\n"):
+            status, said = self.make(text + TETS)
+            self.assertEqual((status, said[:15], said.count("\n")), (1, "plain_deck.py: ", 1), said)
+        # Back to the global system, and an instance that is not moved.
+        mesh = self.mesh("*System\n" + NODES + TETS + "*Instance,name=a\n0.,0.,0.\n*End Instance\n")
+        self.assertEqual(mesh.current[4], (1.0, 1.0, 1.0))
+
+    def test_input_files_are_read(self):
+        mesh = self.mesh("*Node,input=n.inp\n*Element,type=C3D4,elset=solid,input=e.inp\n", n=NODES[6:], e=TETS[19:])
+        self.assertEqual((len(mesh.current), len(mesh.cells), self.names(mesh.cell_groups)), (5, 2, ["SOLID"]))
+        self.assertEqual(self.make("*Node,input=none.inp\n"),
+                         (1, "plain_deck.py: none.inp: No such file or directory\n"))
+
+    def test_unknown_and_empty_groups(self):
+        sets = "*Elset,elset=low\n1\n*Elset,elset=all\n1,2\n*Nset,nset=n\n1\n"
+        status, said = self.make(NODES + TETS + sets, "--group", "typo")
+        self.assertEqual((status, said), (1, 'plain_deck.py: no set of elements "TYPO"; there are: LOW, ALL, CELLS\n'))
+        self.assertEqual(self.make(NODES + TETS + sets, "--group", "A=all", "--group", "B=low"),
+                         (0, "note: the group B is empty; no cell of LOW was left for it\n"))
+        self.assertEqual(self.make(NODES + TETS + sets, "--drop", "typo"),
+                         (1, 'plain_deck.py: no set of nodes "TYPO"; there are: N\n'))
+        self.assertEqual(self.names(self.mesh(NODES + TETS + sets, "--drop", "n").node_groups), [])
+
+    def test_triangles_in_two_sets_are_told(self):
+        skin = "*Element,type=S3,elset=skin\n7,1,2,3\n8,2,5,3\n"
+        self.assertEqual(self.make(NODES + skin + TETS + "*Elset,elset=a\n7\n*Elset,elset=b\n7,8\n"),
+                         (0, "note: 1 elements of B go to the surface of a set before it\n"))
+
+    def test_surfaces_and_generated_nodes_that_are_dropped_are_told(self):
+        for text, said in (("*Surface,type=NODE,name=p\n1,1.\n", "dropped: the surface P, for its TYPE=NODE\n"),
+                           ("*Surface,name=u,combine=union\na,b\n", "dropped: the surface U, for its COMBINE\n"),
+                           ("*Surface,name=s\n1\n", "dropped: the row '1' of surface S, which names no side\n"),
+                           ("*Surface,name=s\nnone,S1\n", 'note: "NONE" is named as a set and is none\n'),
+                           ("*Ngen\n1,5,2\n", "dropped: what *NGEN would make\n"),
+                           ("*Node\n1,9,9,9\n", "note: the numbers of 1 nodes stand twice; the last ones count\n")):
+            self.assertEqual(self.make(NODES + TETS + text), (0, said))
+
+    def test_coordinates(self):
+        mesh = self.mesh(NODES.replace("2,1,0,0", "2,1.0D1,,0") + TETS)
+        self.assertEqual(mesh.current[1], (10.0, 0.0, 0.0))
+
+    def test_rows_that_cannot_be_read(self):
+        tet = NODES + "*Element,type=C3D4\n1,1,2,3"
+        for text in (tet + "\n", tet + ",x\n", "*Node\nx,1,2\n"):
+            status, said = self.make(text)
+            self.assertEqual((status, said[:15], said.count("\n")), (1, "plain_deck.py: ", 1), said)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -100,6 +100,20 @@ class Pages(unittest.TestCase):
         self.write(extra, "```console\n$ echo a\nb\n```\n")
         self.bad("```console\n$ true\n```\n", "README.md", more=[extra])
 
+    def test_links(self):
+        self.write(os.path.join(self.docs, "there.md"), "Words.\n")
+        there = "[a](there.md#part) ![b](../docs/there.md) [c](https://elsewhere.example/x) [d](#here) `[e](code.md)`\n"
+        self.good("```console\n$ true\n```\n" + there, 1)
+        self.bad("```console\n$ true\n```\n" + there + "[f](gone.md)\n", "page.md:5: there is no file gone.md")
+        self.good("```console\n$ echo '[g](gone.md)'\n[g](gone.md)\n```\n", 1)  # what a block shows is no link
+        more = ["--source", self.scratch.name]
+        for folder in ("abaqus", "driver", "output", "store", "support", "translate", "tests/cases"):
+            os.makedirs(os.path.join(self.scratch.name, folder))
+        self.write(os.path.join(self.docs, "KIVOm.1"), ".SH NAME\n")
+        self.good("```console\n$ true\n```\n", 1, more=more)
+        self.write(os.path.join(self.scratch.name, "tests", "cases", "README.md"), "[h](none)\n")
+        self.bad("```console\n$ true\n```\n", "README.md:1: there is no file none", more=more)
+
     def test_man_page(self):
         page = ".SH EXAMPLES\n.EX\n$ printf \\(aqx\\-a\\en\\(aq\nx\\-%s\n.EE\n.EX\nonly shown\n.EE\n"
         self.good(page % "a", 1, name="page.1")
@@ -114,6 +128,10 @@ class Pages(unittest.TestCase):
         self.good("```console\n$ true\n```\n", 2, more=["--source", source])
         self.write(os.path.join(self.docs, "KIVOm.1"), ".B Error> too few\n")
         self.bad("```console\n$ true\n```\n", 'the message "Error> too many:" is missing', more=["--source", source])
+        self.write(os.path.join(source, "abaqus", "a.cpp"), r'std::printf("\n  Error> too few\n");')
+        self.good("```console\n$ true\n```\n", 2, more=["--source", source])
+        self.write(os.path.join(self.docs, "KIVOm.1"), ".B Error> too few: reason\n")
+        self.bad("```console\n$ true\n```\n", 'the message "Error> too few" is missing', more=["--source", source])
 
 
 if __name__ == "__main__":

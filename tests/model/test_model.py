@@ -525,8 +525,9 @@ class ReaderRefuses(unittest.TestCase):
                 run = subprocess.run([sys.executable, tool, path], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
                 self.assertEqual(run.returncode, status)
                 if status == 0:
-                    self.assertEqual(run.stdout.decode(), 'dimension 2, 3 nodes, 1 faces, 1 cells\nnode group 1 "FIX"\n'
-                                                          'face group 1 "LOAD"\ncell group 1 "E"\n')
+                    self.assertEqual(run.stdout.decode(), 'dimension 2, 3 nodes, 1 faces, 1 cells\n'
+                                     'node group 1 "FIX": 1 nodes\nface group 1 "LOAD": 1 faces\n'
+                                     'cell group 1 "E": 1 cells\n')
 
 
 def compress(line):
