@@ -7,6 +7,7 @@
 #include "support/frame.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 
 namespace {
@@ -60,7 +61,7 @@ constexpr VTKFamily kVTKFamilies[] = {
 };
 // clang-format on
 
-// The families by type code. They are made for each file and released with it.
+// The families by type code. They are made for each file of cells or faces and released with it.
 constexpr int kCodes = 100;
 int *i1SizCellConn = nullptr;        // [kCodes] nodes written; 0 for a code without a family
 int *i1MapCellType = nullptr;        // [kCodes] VTK type; 0 likewise
@@ -114,17 +115,23 @@ void PutHeader(TextOut *out) {
     PutText(out, "DATASET UNSTRUCTURED_GRID\n");
 }
 
-// "WORD n" and perhaps a second number, with what follows.
-void PutCount(TextOut *out, const char *word, long long n, const char *end) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%s %lld%s", word, n, end);
-    PutText(out, text);
+void PutNumber(TextOut *out, long long n) {
+    char *at = RowBegin(out);
+    RowEnd(out, std::to_chars(at, at + kMostField, n).ptr);
+}
+
+// A line that tells how many entries of a kind follow.
+void PutCount(TextOut *out, const char *word, int n, const char *end) {
+    PutText(out, word);
+    PutText(out, " ");
+    PutNumber(out, n);
+    PutText(out, end);
 }
 
 void PutCellsLine(TextOut *out, int nCells, long long total) {
-    char text[64];
-    std::snprintf(text, sizeof text, "CELLS %d %lld\n", nCells, total);
-    PutText(out, text);
+    PutCount(out, "CELLS", nCells, " ");
+    PutNumber(out, total);
+    PutText(out, "\n");
 }
 
 void PutPoint(TextOut *out, double x, double y, double z) {
@@ -197,7 +204,6 @@ bool BeginFile(TextOut *out, const char *path) {
 }
 
 void EndFile(TextOut *out) {
-    ReleaseTables();
     CloseText(out);
     std::printf(" done.");
 }
@@ -227,6 +233,7 @@ void OutpVTK(const char *path, int nPoints, const int *nodeTag, const double *x,
     PutCount(&out, "POINT_DATA", nPoints, "\n");
     PutScalars(&out, "NodeTag", nPoints, nodeTag);
     PutScalars(&out, "OnB", nPoints, onB);
+    ReleaseTables();
     EndFile(&out);
 }
 
@@ -325,7 +332,6 @@ void DumpNodeSet(const Nodes *nodes, const NodesByTag &byTag, const GRnode *grou
     if (!BeginFile(&out, path)) {
         return;
     }
-    InitVTK();
     const int p = FindTag(byTag, group->iTag);
     PutNodeSet(&out, nodes, byTag.nodes + byTag.start[p], byTag.start[p + 1] - byTag.start[p]);
     EndFile(&out);

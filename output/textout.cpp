@@ -85,10 +85,6 @@ void PutBytes(TextOut *out, const char *bytes, std::size_t size) {
     }
 }
 
-void PutText(TextOut *out, const char *text) {
-    PutBytes(out, text, std::strlen(text));
-}
-
 bool CanCopy(const TextOut *out) {
     return SystemCanSeek(out->file);
 }

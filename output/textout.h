@@ -63,8 +63,11 @@ inline void RowEnd(TextOut *out, const char *end) {
 }
 
 // Text of any length.
-void PutText(TextOut *out, const char *text);
 void PutBytes(TextOut *out, const char *bytes, std::size_t size);
+
+inline void PutText(TextOut *out, const char *text) {
+    PutBytes(out, text, std::strlen(text)); // counted by the compiler where the text is a literal
+}
 
 // A text that stands several times in the file is made once: between StartCopies and StopCopies everything put is
 // also written `distance[i]` bytes further on. Later, when the writer gets there, SkipText passes over it. Only
