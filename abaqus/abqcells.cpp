@@ -116,6 +116,8 @@ void ReadCells(LineSource *stream, ABQCellBlock **list) {
     ABQAddColumns(&rows, 1 + type->nNodes, sizeof(int));
     if (stream != nullptr) {
         ReadRows(stream, type->nNodes, &rows);
+    } else {
+        ABQDropLine();
     }
     std::printf("done with %d %ss.\n", rows.count, typeName);
     block->type = type->type;

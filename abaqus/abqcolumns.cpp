@@ -65,7 +65,7 @@ void ABQAddColumns(ABQColumns *rows, int count, int entry) {
 
 void ABQGrowColumns(ABQColumns *rows) {
     if (rows->capacity == INT_MAX) {
-        RequireBlock(nullptr); // more rows than positions can number
+        EndForTooMany();
     }
     const bool first = rows->capacity == 0;
     rows->capacity = NextCapacity(rows->capacity);

@@ -96,7 +96,8 @@ void ABQOrderCellBlocks(ABQCellBlock *list);
 // SortByFirstArray2. An absent column (null) is passed over.
 void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z);
 
-// The same for a cell block with its tables [nNodes][count].
+// The same for a cell block with its tables, both [nNodes][count] (a block's own i2FaceTag is made later, with fewer
+// columns).
 void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2Conn, int **i2FaceTag);
 
 // Exchange the contents of two blocks; each keeps its place in the list.

@@ -38,7 +38,7 @@ void MergeBlocks(ABQFinder *finder) {
         n += finder->counts[i];
     }
     if (n > 0x7fffffff) {
-        RequireBlock(nullptr); // no store could number that many entries
+        EndForTooMany();
     }
     struct Entry {
         int number;

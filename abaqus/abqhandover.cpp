@@ -27,17 +27,15 @@ constexpr int i1MapCFTTETX[] = {3, 2, 0, 1, 4, 5, 6, 7, 8, 9};
 struct Family {
     int type;
     int nDim;
-    int nNodes;
-    int nFaces;
     const int *i1MapC2N;
     const int *i1MapCFT;
 };
 
 constexpr Family kFamilies[] = {
-    {kTRI3, 2,  3, 3, i1MapC2NTRI3, i1MapCFTTRI3},
-    {kTRI6, 2,  6, 3, i1MapC2NTRI6, i1MapCFTTRI6},
-    {kTET4, 3,  4, 4, i1MapC2NTET4, i1MapCFTTET4},
-    {kTETX, 3, 10, 4, i1MapC2NTETX, i1MapCFTTETX},
+    {kTRI3, 2, i1MapC2NTRI3, i1MapCFTTRI3},
+    {kTRI6, 2, i1MapC2NTRI6, i1MapCFTTRI6},
+    {kTET4, 3, i1MapC2NTET4, i1MapCFTTET4},
+    {kTETX, 3, i1MapC2NTETX, i1MapCFTTETX},
 };
 // clang-format on
 

@@ -19,6 +19,9 @@ int ABQCompressLine(char *line);
 // behind the longest line: the scanning functions blank separators in it.
 char *ABQLine();
 
+// The two functions below read the deck; when that fails they end the process as for a deck that cannot be opened
+// (abqdeck.h, ABQEndUnreadable). A null stream is at its end.
+
 // Replaces the line in hand by the next line that is not empty after compression: true. At the end of the
 // deck the line in hand is left empty: false.
 bool ABQNextLine(LineSource *stream);

@@ -71,6 +71,8 @@ void ReadNodes(LineSource *stream, ABQNodeBlock **list) {
     ABQAddColumns(&rows, 3, sizeof(double));
     if (stream != nullptr) {
         ReadRows(stream, &rows);
+    } else {
+        ABQDropLine();
     }
     std::printf("done with %d nodes.\n", rows.count);
     block->count = block->capacity = rows.count;

@@ -63,6 +63,8 @@ void ReadSet(LineSource *stream, ABQSet **list, const SetWords &words) {
     ABQAddColumns(&rows, 1, sizeof(int));
     if (stream != nullptr) {
         ReadRows(stream, &rows);
+    } else {
+        ABQDropLine();
     }
     std::printf("done with %d %s.\n", rows.count, words.members);
     set->tag = -1;

@@ -167,7 +167,7 @@ void MeasureCell(const PlainMesh &mesh, const Cell &cell, Lengths *lengths) {
             lengths->most = edge > lengths->most ? edge : lengths->most;
         }
     }
-    double smallest = 1e15;
+    double smallest = HUGE_VAL;
     for (std::size_t i = 0; i < n; ++i) {
         const Node &q = p[i == 0 ? 1 : 0];
         const Node &r = p[i <= 1 ? 2 : 1];

@@ -42,6 +42,7 @@ struct VTKFamily {
     const int *map;
 };
 
+// ORDER: the codes of store/sys.h, and those of families that only other solvers' meshes have.
 constexpr VTKFamily kVTKFamilies[] = {
     { 3,  5,  3, i1MapCellTRI3}, // triangle
     { 4, 22,  6, i1MapCellTRI6}, // quadratic triangle

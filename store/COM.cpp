@@ -96,8 +96,8 @@ void COM_ArchCell(int columns, int type, int tag, int k, const int *conn, const 
     const int cell = GetNextAviableCell(cells);
     cells->i1Type[cell] = type;
     cells->i1Tag[cell] = tag;
-    cells->i1NumNodes[cell] = k;
     const int kept = std::min(k, cells->nColumns); // more nodes than columns would lie outside the tables
+    cells->i1NumNodes[cell] = kept;
     for (int p = 0; p < kept; ++p) {
         cells->i2Conn[p][cell] = conn[p];
         cells->i2FaceTag[p][cell] = faceTags[p];
@@ -115,8 +115,8 @@ void COM_ArchCells(int columns, int type, int tag, int k, int count, const int *
     }
     std::fill_n(cells->i1Type + first, count, type);
     std::fill_n(cells->i1Tag + first, count, tag);
-    std::fill_n(cells->i1NumNodes + first, count, k);
     const int kept = std::min(k, cells->nColumns);
+    std::fill_n(cells->i1NumNodes + first, count, kept);
     for (int p = 0; p < kept; ++p) {
         std::copy(conn[p], conn[p] + count, cells->i2Conn[p] + first);
         CopyOrZero(count, faceTags == nullptr ? nullptr : faceTags[p], cells->i2FaceTag[p] + first);

@@ -65,7 +65,7 @@ void CheckMceno(int *mceno, int columns, const char *message) {
 // `step` is told of every growth step on the way.
 template <class Step> bool Count(int *nNum, int *nMax, int count, Step step) {
     if (count > INT_MAX - 1 - *nNum) {
-        RequireBlock(nullptr); // more entries than positions can number: no store can hold them
+        EndForTooMany();
     }
     *nNum += count;
     const bool grows = count > 0 && *nNum >= *nMax;

@@ -11,9 +11,9 @@
 // What holds between the phases:
 //
 //     array             after reading                        after translation
-//     Nodes.i1GID       node number in the deck              position (repeated for copies of split nodes)
-//     Nodes order       by number inside each *NODE block,   by number; nodes that nothing uses are gone
-//                       blocks by their first number
+//     Nodes.i1GID       node number in the deck              position before nodes were split and dropped
+//     Nodes order       by number inside each *NODE block,   by number, then the copies of split nodes, cell by
+//                       blocks by their first number         cell; nodes that nothing uses are gone
 //     Nodes.i1OnB       undefined                            1
 //     Cells.i2Conn      node numbers, store order of nodes   positions of nodes (-1: no such node)
 //     Cells.i2FaceTag   surface tag by face slot, 0 = none   the same, following the nodes

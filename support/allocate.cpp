@@ -93,6 +93,11 @@ int NextCapacity(int capacity) {
     return capacity > INT_MAX - kLargeStep ? INT_MAX : capacity + kLargeStep;
 }
 
+void EndForTooMany() {
+    std::fprintf(stderr, "KIVOm: more entries of a kind than can be numbered\n");
+    std::exit(EXIT_FAILURE);
+}
+
 void RequireBlock(const void *block) {
     if (block == nullptr) {
         std::exit(EXIT_FAILURE);

@@ -41,6 +41,10 @@ int NextCapacity(int capacity);
 // nothing sensible can follow.
 void RequireBlock(const void *block);
 
+// Ends the process (exit status 1) with a word on standard error: a deck asks for more entries of a kind than an int
+// can number.
+[[noreturn]] void EndForTooMany();
+
 // n new entries of any kind, or the end of the process; null for n = 0. What they hold is undefined. Released with
 // allocate(array, 0).
 template <class T> T *NewArray(int n) {

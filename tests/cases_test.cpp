@@ -71,6 +71,17 @@ std::string MaskLog(std::string log) {
     return std::regex_replace(log, std::regex("Elapsed Time: [0-9]+\\.[0-9]{6} sec\\."), "Elapsed Time: <t> sec.");
 }
 
+// Words of the environment variable, a command to run the program under ("valgrind -q --error-exitcode=99").
+std::vector<std::string> WordsOf(const char *variable) {
+    std::vector<std::string> words;
+    const char *value = std::getenv(variable);
+    std::istringstream in(value == nullptr ? "" : value);
+    for (std::string word; in >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
 // Runs the program in `work` and returns its exit status, or 1000 plus the signal that ended it.
 int RunProgram(const fs::path &work, const std::vector<std::string> &arguments, const fs::path &input,
                const fs::path &log) {
@@ -78,7 +89,12 @@ int RunProgram(const fs::path &work, const std::vector<std::string> &arguments, 
     if (child == 0) {
         const int in = open(input.c_str(), O_RDONLY);
         const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-        std::vector<char *> argv{const_cast<char *>(KIVOM_PROGRAM)};
+        const std::vector<std::string> under = WordsOf("KIVOM_UNDER");
+        std::vector<char *> argv;
+        for (const std::string &word : under) {
+            argv.push_back(const_cast<char *>(word.c_str()));
+        }
+        argv.push_back(const_cast<char *>(KIVOM_PROGRAM));
         for (const std::string &argument : arguments) {
             argv.push_back(const_cast<char *>(argument.c_str()));
         }
@@ -88,7 +104,7 @@ int RunProgram(const fs::path &work, const std::vector<std::string> &arguments, 
         }
         close(in);
         close(out);
-        execv(KIVOM_PROGRAM, argv.data());
+        execvp(argv[0], argv.data());
         _exit(98);
     }
     int status = 0;

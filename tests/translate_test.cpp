@@ -216,6 +216,22 @@ TEST_F(Translate, LengthsOfTriangles) {
     ExpectMeshLengths(1, std::sqrt(2), std::sqrt(2) / 4);
 }
 
+TEST_F(Translate, NoHalvedStandInForACharacteristicLength) {
+    // Half an altitude of 4e15/sqrt(2) is above 1e15, and altitudes over a corner that is no number are none: 1e15, no
+    // value yet, stays. Half of 1e15 would look like a length.
+    const double nan = std::nan("");
+    COM_ArchnDim(2);
+    AddNodes({{0, 0, 0}, {4e15, 0, 0}, {0, 4e15, 0}, {nan, 0, 0}});
+    AddCell(kTRI6, 1, {1, 1, 2, 2, 3, 3});
+    AddCell(kTRI6, 2, {1, 1, 4, 2, 3, 3});
+    COM_ArchGRcell(1, "HUGE");
+    COM_ArchGRcell(2, "NOWHERE");
+    EXPECT_EQ(Messages(), "");
+    EXPECT_EQ(Group("HUGE")->dCharLen, 1e15);
+    EXPECT_EQ(Group("NOWHERE")->dCharLen, 1e15);
+    EXPECT_EQ(GetCOM()->Nodes->dCharLen, 1e15);
+}
+
 TEST_F(Translate, LengthsOfTetrahedra) {
     COM_ArchnDim(3);
     AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});

@@ -138,7 +138,7 @@ void SplitCohesiveCells(Mesh *mesh) {
     const long long copies = MarkCells(mesh, cohesive);
     allocate(cohesive.tags, 0);
     if (copies > 0x7fffffff) {
-        RequireBlock(nullptr); // more nodes than positions can number: no store can hold them
+        EndForTooMany();
     }
     if (copies > 0) {
         Nodes *nodes = mesh->Nodes;

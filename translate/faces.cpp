@@ -150,7 +150,7 @@ void ApFaces(Mesh *mesh) {
     Faces *faces = mesh->Faces;
     const FaceNeeds needs = CountFaces(cells);
     if (needs.nFaces > 0x7fffffff) {
-        RequireBlock(nullptr); // more faces than positions can number: no store can hold them
+        EndForTooMany();
     }
     if (needs.nFaces > 0) {
         // The column count is final before the first face is made, also where cells of several kinds mix.

@@ -1,8 +1,8 @@
 // Edge lengths and characteristic lengths, per cell group and of the whole mesh.
 //
-// The rule is stated group by group: each group, newest first, scans all cells and takes those that carry its tag;
-// a cell of a type that cannot be measured stops the whole step at once, before its group's result is stored.
-// Here one pass over the cells measures all tags, and the groups then take the results of their tags in order.
+// The rule goes group by group: each group, newest first, scans all cells and takes those that carry its tag; a cell
+// of a type that cannot be measured stops the whole step at once, before its group's result is stored. Here one pass
+// over the cells measures all tags, and the groups then take the results of their tags in order.
 #include "translate/steps.h"
 
 #include "translate/geometry.h"
@@ -129,7 +129,7 @@ double AltitudeOverPlane(Point p, Point q, Point r, Point s) {
 }
 
 void MeasureAltitudes(const Point *p, const CornerColumns &corners, TagResult *result) {
-    double smallest = kNoMinimum;
+    double smallest = HUGE_VAL; // not kNoMinimum: half of that would look like a length
     if (corners.nCorners == 3) {
         Lower(&smallest, AltitudeOverLine(p[0], p[1], p[2]));
         Lower(&smallest, AltitudeOverLine(p[1], p[0], p[2]));
