@@ -114,11 +114,7 @@ void ReadCells(LineSource *stream, ABQCellBlock **list) {
     }
     ABQColumns rows{};
     ABQAddColumns(&rows, 1 + type->nNodes, sizeof(int));
-    if (stream != nullptr) {
-        ReadRows(stream, type->nNodes, &rows);
-    } else {
-        ABQDropLine();
-    }
+    ReadRows(stream, type->nNodes, &rows);
     std::printf("done with %d %ss.\n", rows.count, typeName);
     block->type = type->type;
     block->tag = -1;

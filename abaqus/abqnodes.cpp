@@ -69,11 +69,7 @@ void ReadNodes(LineSource *stream, ABQNodeBlock **list) {
     ABQColumns rows{};
     ABQAddColumns(&rows, 1, sizeof(int));
     ABQAddColumns(&rows, 3, sizeof(double));
-    if (stream != nullptr) {
-        ReadRows(stream, &rows);
-    } else {
-        ABQDropLine();
-    }
+    ReadRows(stream, &rows);
     std::printf("done with %d nodes.\n", rows.count);
     block->count = block->capacity = rows.count;
     block->i1GID = static_cast<int *>(ABQTakeColumn(&rows, kGID));

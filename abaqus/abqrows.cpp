@@ -63,6 +63,9 @@ bool IsWholeLine(const LineSource *stream, const char *lineEnd) {
 } // namespace
 
 bool TakeNodeRow(LineSource *stream, int *number, double *x, double *y, double *z) {
+    if (stream == nullptr) {
+        return false;
+    }
     const char *at = PlainInteger(stream->at, number);
     if (at == nullptr || *at != ',') {
         return false;
@@ -87,6 +90,9 @@ bool TakeNodeRow(LineSource *stream, int *number, double *x, double *y, double *
 }
 
 bool TakeElementRow(LineSource *stream, int count, int *numbers) {
+    if (stream == nullptr) {
+        return false;
+    }
     int lines = 1;
     const char *at = stream->at;
     for (int i = 0; i < count; ++i) {
@@ -117,6 +123,9 @@ bool TakeElementRow(LineSource *stream, int count, int *numbers) {
 }
 
 int TakeSetRow(LineSource *stream, int room, int *numbers) {
+    if (stream == nullptr) {
+        return -1;
+    }
     const char *at = stream->at;
     int count = 0;
     while (count < room) {

@@ -2,8 +2,8 @@
 //
 // Each function takes one row when the next line is of the plain form, numbers separated by commas with blanks
 // around them, and lies whole in the block. In every other case (comments, signs or exponents out of the
-// ordinary, blanks inside a number, a comma too many, the end of the block) it takes nothing, and the line goes
-// the general way: compressed, joined, scanned field by field. The two ways never differ in what they read.
+// ordinary, blanks inside a number, a comma too many, the end of the block, no stream) it takes nothing, and the line
+// goes the general way: compressed, joined, scanned field by field. The two ways never differ in what they read.
 #ifndef KIVOM_ABAQUS_ABQROWS_H
 #define KIVOM_ABAQUS_ABQROWS_H
 

@@ -61,11 +61,7 @@ void ReadSet(LineSource *stream, ABQSet **list, const SetWords &words) {
     }
     ABQColumns rows{};
     ABQAddColumns(&rows, 1, sizeof(int));
-    if (stream != nullptr) {
-        ReadRows(stream, &rows);
-    } else {
-        ABQDropLine();
-    }
+    ReadRows(stream, &rows);
     std::printf("done with %d %s.\n", rows.count, words.members);
     set->tag = -1;
     set->count = set->capacity = rows.count;

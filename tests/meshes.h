@@ -6,9 +6,27 @@
 
 #include "store/COM.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <string>
 #include <vector>
+
+// A test that begins without a mesh and must give back every block and close every file.
+class CleanStore : public testing::Test {
+  protected:
+    void SetUp() override {
+        fake::Reset();
+        FreeCOM();
+        held = fake::BlocksHeld();
+    }
+    void TearDown() override {
+        FreeCOM();
+        EXPECT_EQ(fake::BlocksHeld(), held);
+        EXPECT_EQ(fake::FilesOpen(), 0);
+    }
+    long held = 0;
+};
 
 struct At {
     double x, y, z;

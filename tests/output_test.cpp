@@ -141,20 +141,7 @@ TEST(Fields, OfWholeNumbers) {
 
 // Files ------------------------------------------------------------------------------------------------
 
-class Output : public testing::Test {
-  protected:
-    void SetUp() override {
-        fake::Reset();
-        FreeCOM();
-        held = fake::BlocksHeld();
-    }
-    void TearDown() override {
-        FreeCOM();
-        EXPECT_EQ(fake::BlocksHeld(), held);
-        EXPECT_EQ(fake::FilesOpen(), 0);
-    }
-    long held = 0;
-};
+class Output : public CleanStore {};
 
 // Text by every way there is, and a row that stands in three places, as the position lists do.
 void WriteAllWays(TextOut *out, bool copy) {

@@ -11,18 +11,8 @@ namespace {
 
 using Ints = std::vector<int>;
 
-class Translate : public testing::Test {
+class Translate : public CleanStore {
   protected:
-    void SetUp() override {
-        fake::Reset();
-        FreeCOM();
-        held = fake::BlocksHeld();
-    }
-    void TearDown() override {
-        FreeCOM();
-        EXPECT_EQ(fake::BlocksHeld(), held);
-    }
-
     // The log between its first line and the summary.
     static std::string Messages() {
         const std::string log = Printed(MeshAll);
@@ -32,8 +22,6 @@ class Translate : public testing::Test {
         EXPECT_NE(end, std::string::npos);
         return log.substr(begin.size(), end - begin.size());
     }
-
-    long held = 0;
 };
 
 constexpr char kCorrected1[] = "  Numbering order of 1 elements has been corrected.\n";

@@ -3,7 +3,7 @@
 add_library(kivom_fakesystem STATIC fakesystem.cpp)
 target_link_libraries(kivom_fakesystem PUBLIC kivom_core)
 
-foreach(room allocate scan names sort lookup store rows line exchange order find handover reader maps translate output vtk
+foreach(room allocate scan names sort lookup store rows line exchange order find handover sections reader maps translate output vtk
         fakesystem)
   kivom_test(${room}_test LINK kivom_core kivom_fakesystem)
 endforeach()

@@ -36,20 +36,7 @@ const Family kTable[] = {
 
 constexpr int kColumns = 15;
 
-class VTK : public testing::Test {
-  protected:
-    void SetUp() override {
-        fake::Reset();
-        FreeCOM();
-        held = fake::BlocksHeld();
-    }
-    void TearDown() override {
-        FreeCOM();
-        EXPECT_EQ(fake::BlocksHeld(), held) << "the tables are released with every file";
-        EXPECT_EQ(fake::FilesOpen(), 0);
-    }
-    long held = 0;
-};
+class VTK : public CleanStore {}; // its tables, too, are released with every file
 
 // Column k holds 1000 + k, so that the row tells the columns.
 void AddCellOfCode(int code) {
