@@ -16,3 +16,8 @@ target_compile_definitions(layers_test PRIVATE KIVOM_SOURCES="${PROJECT_SOURCE_D
 kivom_test(driver_test LINK kivom_core)
 target_compile_definitions(driver_test PRIVATE KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>")
 add_dependencies(driver_test KIVOm)
+
+# The reader of the mesh file, over what the program wrote in the whole-run cases.
+kivom_test(meshfile_test LINK kivom_meshfile kivom_system)
+target_sources(meshfile_test PRIVATE support/printmesh.cpp)
+target_compile_definitions(meshfile_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases")
