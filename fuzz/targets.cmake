@@ -2,13 +2,15 @@
 #
 # They are built from the program's own sources, with the system in memory in place of support/system.cpp and with
 # growth steps of their own: NextCapacity is renamed where the program defines it, and memorysystem.cpp has another.
-set(KIVOM_FUZZ_TARGETS run rows fields sort line exchange)
+set(KIVOM_FUZZ_TARGETS run rows fields sort line exchange meshfile)
 set(KIVOM_FUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})
 get_filename_component(KIVOM_ROOT ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 
 # kivom_fuzz_core(name): object library of the program and the system in memory.
 function(kivom_fuzz_core name)
   get_target_property(sources kivom_core SOURCES)
+  get_target_property(reader_sources kivom_meshfile SOURCES)
+  list(APPEND sources ${reader_sources} tests/support/printmesh.cpp)
   list(TRANSFORM sources PREPEND ${KIVOM_ROOT}/)
   add_library(${name} OBJECT ${sources} ${KIVOM_FUZZ_DIR}/memorysystem.cpp
     ${KIVOM_FUZZ_DIR}/meshfile.cpp ${KIVOM_FUZZ_DIR}/plain.cpp
