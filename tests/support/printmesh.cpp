@@ -40,7 +40,7 @@ void PutNodes(std::string *out, const meshfile::Mesh &mesh) {
         Put(out, "    %s_Positions = \n", key);
         for (std::size_t i = 0; i < nodes.Count(); ++i) {
             Put(out, "        %10d%24.15e%24.15e", static_cast<int>(i), nodes.x[i], nodes.y[i]);
-            mesh.dimension == 3 ? Put(out, "%24.15e\n", nodes.z[i]) : Put(out, "\n");
+            Put(out, mesh.dimension == 3 ? "%24.15e\n" : "\n", mesh.dimension == 3 ? nodes.z[i] : 0.0);
         }
     }
     PutScalars(out, "Node_Tag", nodes.tags);
