@@ -8,6 +8,7 @@
 // node in the middle. Exit status: 0 when everything is right, 1 with a line for the first fault, 2 for wrong usage.
 #include "meshfile/meshfile.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -204,8 +205,13 @@ void CheckFaces(const Summary &summary, const meshfile::Mesh &mesh) {
     const meshfile::Rows &rows = mesh.faces.rows;
     CheckRows(mesh, rows, summary["final_faces"], summary["nodes_per_face"]);
     const double edge = kSpacing * static_cast<double>(summary["cubes"]);
+    std::set<std::array<int, 3>> seen;
     double measure = 0;
     for (std::size_t i = 0; i < rows.Count(); ++i) {
+        std::array<int, 3> nodes{-1, -1, -1};
+        std::copy_n(rows.Row(i), std::min<std::size_t>(rows.Width(i), 3), nodes.begin());
+        std::sort(nodes.begin(), nodes.end());
+        Need(seen.insert(nodes).second, "a face stands twice");
         measure += FaceMeasure(mesh, rows.Row(i), {edge / 2, edge / 2, mesh.dimension == 3 ? edge / 2 : 0});
     }
     if (rows.Count() > 0) {

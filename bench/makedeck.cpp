@@ -33,10 +33,7 @@ constexpr Int kMaxNumber = 2147483647;
 constexpr int kSetNumbersPerLine = 16;
 // A 10-node element has its number and eight nodes on the first of two lines.
 constexpr int kFirstLineNodes = 8;
-constexpr std::size_t kBufferSize = std::size_t{1} << 20;
-// Longest single piece of text that is put between two looks at the buffer's room.
-constexpr std::size_t kLineRoom = 512;
-constexpr int kEstimateSamples = 2000;
+constexpr std::size_t kBlockSize = std::size_t{1} << 20; // of a write
 
 constexpr int kMaxCorners = 4;
 constexpr int kMaxNodes = 10;
@@ -77,7 +74,6 @@ constexpr Family kFamilies[] = {
 struct Options {
     std::string path;
     const Family *family = &kFamilies[0];
-    Int targetBytes = 0;
     Int nCubes = 0;
     Int nNodeSets = -1; // -1: one per side
     Int nSections = 6;
@@ -119,18 +115,16 @@ struct SideFace {
     int label;
 };
 
-// A text file in large writes. Without a stream it only counts.
+// A text file in large writes.
 struct Writer {
-    std::FILE *stream = nullptr;
-    std::vector<char> buffer = std::vector<char>(kBufferSize);
-    std::size_t used = 0;
+    std::FILE *stream;
+    std::string text;
     Int bytes = 0;
     bool hasFailed = false;
 };
 
 struct Summary {
     std::string text;
-    Int nElementSets = 0;
     Int nInverted = 0;
     Int nFinalNodes = 0;
 };
@@ -163,26 +157,20 @@ Int RandomBelow(const Options &options, Purpose purpose, Int position, Int limit
 // ---- text
 
 void Flush(Writer &writer) {
-    if (writer.stream != nullptr && writer.used > 0)
-        writer.hasFailed |= std::fwrite(writer.buffer.data(), 1, writer.used, writer.stream) != writer.used;
-    writer.bytes += static_cast<Int>(writer.used);
-    writer.used = 0;
-}
-
-void MakeRoom(Writer &writer) {
-    if (writer.buffer.size() - writer.used < kLineRoom)
-        Flush(writer);
+    writer.hasFailed |= std::fwrite(writer.text.data(), 1, writer.text.size(), writer.stream) != writer.text.size();
+    writer.bytes += static_cast<Int>(writer.text.size());
+    writer.text.clear();
 }
 
 void PutText(Writer &writer, std::string_view text) {
-    std::memcpy(writer.buffer.data() + writer.used, text.data(), text.size());
-    writer.used += text.size();
+    writer.text += text;
+    if (writer.text.size() >= kBlockSize)
+        Flush(writer);
 }
 
 void PutNumber(Writer &writer, Int number) {
-    char *begin = writer.buffer.data() + writer.used;
-    const auto result = std::to_chars(begin, begin + 20, number);
-    writer.used += static_cast<std::size_t>(result.ptr - begin);
+    char text[20];
+    PutText(writer, {text, static_cast<std::size_t>(std::to_chars(text, text + sizeof text, number).ptr - text)});
 }
 
 // Writes "12.5", "0.03", "3.": no trailing zeros, the point always there.
@@ -199,14 +187,13 @@ void PutCoordinate(Writer &writer, Int steps) {
 }
 
 void PutLine(Writer &writer, const std::string &line) {
-    MakeRoom(writer);
-    PutText(writer, line);
-    PutText(writer, "\n");
+    PutText(writer, line + "\n");
 }
 
 // ---- the mesh, computed position by position
 
-Mesh MakeMesh(const Options &options, Int nCubes) {
+Mesh MakeMesh(const Options &options) {
+    const Int nCubes = options.nCubes;
     const Family &family = *options.family;
     const bool isBox = family.nDim == 3;
     const Int nSquares = nCubes * nCubes;
@@ -377,7 +364,6 @@ Int ElementNumber(const Mesh &mesh, Int element) {
 // ---- the sections of the deck
 
 void PutNodeLine(Writer &writer, const Mesh &mesh, Int node) {
-    MakeRoom(writer);
     const Point point = PointOf(mesh, node);
     PutNumber(writer, NodeNumber(mesh, node));
     for (int axis = 0; axis < 3; ++axis) {
@@ -388,7 +374,6 @@ void PutNodeLine(Writer &writer, const Mesh &mesh, Int node) {
 }
 
 void PutElementLine(Writer &writer, const Mesh &mesh, Int element) {
-    MakeRoom(writer);
     const Family &family = *mesh.family;
     const Element nodes = ElementAt(mesh, element);
     const bool hasTwoLines = family.nNodes > kFirstLineNodes && mesh.options->elementLines == 2;
@@ -444,7 +429,6 @@ void PutSections(Writer &writer, const Mesh &mesh, Summary &summary) {
 
 void PutNumberList(Writer &writer, const std::vector<Int> &numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        MakeRoom(writer);
         PutNumber(writer, numbers[i]);
         const bool isLineFull = i % kSetNumbersPerLine == kSetNumbersPerLine - 1;
         PutText(writer, i + 1 == numbers.size() ? "\n" : isLineFull ? ",\n" : ", ");
@@ -510,7 +494,6 @@ void PutSurface(Writer &writer, const Mesh &mesh, Int first, Int last, const std
         PutLine(writer, "*ELSET, ELSET=" + setName);
         PutNumberList(writer, elements[label]);
         entries += "\n" + setName + ", S" + std::to_string(label);
-        ++summary.nElementSets;
     }
     PutLine(writer, "*SURFACE, TYPE=ELEMENT, NAME=" + name + entries);
     summary.text += "surface=" + name + " " + std::to_string((last - first) * mesh.family->piecesPerFace) + "\n";
@@ -525,49 +508,10 @@ void PutSurfaces(Writer &writer, const Mesh &mesh, Summary &summary) {
 
 // ---- size, checks, command line
 
-// Average length of the lines that put makes, from positions spread over the count.
-template <typename Put> double AverageLength(Int count, Put put) {
-    Writer counter;
-    for (Int i = 0; i < kEstimateSamples; ++i)
-        put(counter, i * count / kEstimateSamples);
-    Flush(counter);
-    return static_cast<double>(counter.bytes) / kEstimateSamples;
-}
-
-double EstimateBytes(const Options &options, Int nCubes) {
-    const Mesh mesh = MakeMesh(options, nCubes);
-    const double node = AverageLength(mesh.nNodes, [&](Writer &w, Int i) { PutNodeLine(w, mesh, i); });
-    const double element = AverageLength(mesh.nElements, [&](Writer &w, Int i) { PutElementLine(w, mesh, i); });
-    const double nodeNumber =
-        AverageLength(mesh.nNodes, [&](Writer &w, Int i) { MakeRoom(w), PutNumber(w, NodeNumber(mesh, i)); });
-    const double elementNumber =
-        AverageLength(mesh.nElements, [&](Writer &w, Int i) { MakeRoom(w), PutNumber(w, ElementNumber(mesh, i)); });
-    return node * static_cast<double>(mesh.nNodes) + element * static_cast<double>(mesh.nElements) +
-           (nodeNumber + 2.0) * static_cast<double>(mesh.nSideNodes) +
-           (elementNumber + 2.0) * static_cast<double>(mesh.nFaces);
-}
-
 bool DoNumbersFit(const Mesh &mesh) {
     const Int largest = std::max(mesh.nNodes, mesh.nElements);
     return mesh.options->maxNumber == 0 ? largest <= kMaxNumber / mesh.options->stride
                                         : largest <= mesh.options->maxNumber;
-}
-
-// The number of cubes whose deck comes nearest to the wanted size.
-Int ChooseCubes(const Options &options) {
-    Int low = 1;
-    Int high = 1;
-    const double target = static_cast<double>(options.targetBytes);
-    while (DoNumbersFit(MakeMesh(options, high)) && EstimateBytes(options, high) < target)
-        low = high, high *= 2;
-    while (high - low > 1) {
-        const Int middle = (low + high) / 2;
-        const bool isSmall = DoNumbersFit(MakeMesh(options, middle)) && EstimateBytes(options, middle) < target;
-        (isSmall ? low : high) = middle;
-    }
-    if (!DoNumbersFit(MakeMesh(options, high)))
-        return low;
-    return target - EstimateBytes(options, low) < EstimateBytes(options, high) - target ? low : high;
 }
 
 void CheckMesh(const Mesh &mesh) {
@@ -585,8 +529,7 @@ void CheckMesh(const Mesh &mesh) {
 [[noreturn]] void ShowUsage() {
     std::fputs("usage: makedeck PATH [options]\n"
                "  --type T               C3D4 (default), C3D10, CPS3 or CPS6\n"
-               "  --cubes N              cubes (squares) along an edge, or\n"
-               "  --target-bytes N       the number of cubes that comes nearest to this size of deck\n"
+               "  --cubes N              cubes (squares) along an edge\n"
                "  --node-sets N          node sets over the sides (default one per side)\n"
                "  --element-sections N   element sections, slabs of the mesh (default 6)\n"
                "  --surfaces N           surfaces over the sides (default one per side)\n"
@@ -625,7 +568,6 @@ void SetOption(Options &options, std::string_view name, std::string_view text) {
         Int high;
     };
     constexpr Count kCounts[] = {
-        {"--target-bytes", &Options::targetBytes, 1, Int{1} << 40},
         {"--cubes", &Options::nCubes, 1, 100000},
         {"--node-sets", &Options::nNodeSets, 0, kMaxNumber},
         {"--element-sections", &Options::nSections, 1, kMaxNumber},
@@ -667,7 +609,7 @@ Options ReadOptions(int argc, char **argv) {
         else
             ShowUsage();
     }
-    if (options.path.empty() || (options.targetBytes > 0) == (options.nCubes > 0))
+    if (options.path.empty() || options.nCubes == 0)
         ShowUsage();
     if (options.stride > 1 && options.maxNumber > 0)
         Fail("--stride and --max-number exclude each other");
@@ -678,11 +620,9 @@ Options ReadOptions(int argc, char **argv) {
 }
 
 Int WriteDeck(const Mesh &mesh, Summary &summary) {
-    Writer writer;
-    writer.stream = std::fopen(mesh.options->path.c_str(), "wb");
+    Writer writer{std::fopen(mesh.options->path.c_str(), "wb"), {}};
     if (writer.stream == nullptr)
         Fail("cannot create " + mesh.options->path);
-    std::setvbuf(writer.stream, nullptr, _IONBF, 0);
     PutLine(writer, "*HEADING\nbox of " + std::to_string(mesh.nCubes) + " cubes along an edge");
     PutNodes(writer, mesh);
     PutSections(writer, mesh, summary);
@@ -695,30 +635,31 @@ Int WriteDeck(const Mesh &mesh, Summary &summary) {
     return writer.bytes;
 }
 
-void PrintCount(const char *key, Int value) {
-    std::printf("%s=%lld\n", key, static_cast<long long>(value));
-}
-
 void PrintSummary(const Mesh &mesh, const Summary &summary, Int bytes) {
     const Family &family = *mesh.family;
+    const Options &options = *mesh.options;
+    const struct {
+        const char *key;
+        Int value;
+    } counts[] = {
+        {"bytes", bytes},
+        {"cubes", mesh.nCubes},
+        {"dimensions", family.nDim},
+        {"nodes", mesh.nNodes},
+        {"elements", mesh.nElements},
+        {"nodes_per_element", family.nNodes},
+        {"inverted", summary.nInverted},
+        {"node_sets", options.nNodeSets},
+        {"element_sections", options.nSections},
+        {"surfaces", options.nSurfaces},
+        // Of the finished mesh: nodes with the copies of the cohesive section, faces as linear pieces.
+        {"final_nodes", summary.nFinalNodes},
+        {"final_faces", options.nSurfaces > 0 ? mesh.nFaces * family.piecesPerFace : 0},
+        {"nodes_per_face", family.nodesPerFace},
+    };
     std::printf("type=%s\n", family.name);
-    PrintCount("bytes", bytes);
-    PrintCount("cubes", mesh.nCubes);
-    PrintCount("dimensions", family.nDim);
-    PrintCount("nodes", mesh.nNodes);
-    PrintCount("elements", mesh.nElements);
-    PrintCount("nodes_per_element", family.nNodes);
-    PrintCount("inverted", summary.nInverted);
-    PrintCount("largest_node_number", NodeNumber(mesh, mesh.nNodes - 1));
-    PrintCount("largest_element_number", ElementNumber(mesh, mesh.nElements - 1));
-    PrintCount("node_sets", mesh.options->nNodeSets);
-    PrintCount("element_sections", mesh.options->nSections);
-    PrintCount("element_sets", summary.nElementSets);
-    PrintCount("surfaces", mesh.options->nSurfaces);
-    // Of the finished mesh: nodes with the copies of the cohesive section, faces as linear pieces.
-    PrintCount("final_nodes", summary.nFinalNodes);
-    PrintCount("final_faces", mesh.options->nSurfaces > 0 ? mesh.nFaces * family.piecesPerFace : 0);
-    PrintCount("nodes_per_face", family.nodesPerFace);
+    for (const auto &count : counts)
+        std::printf("%s=%lld\n", count.key, static_cast<long long>(count.value));
     // Then one line each, in the order of the deck: element_section=NAME elements;
     // node_set=NAME members nodes-that-keep-its-tag; surface=NAME faces.
     std::fputs(summary.text.c_str(), stdout);
@@ -727,10 +668,8 @@ void PrintSummary(const Mesh &mesh, const Summary &summary, Int bytes) {
 } // namespace
 
 int main(int argc, char **argv) {
-    Options options = ReadOptions(argc, argv);
-    if (options.nCubes == 0)
-        options.nCubes = ChooseCubes(options);
-    const Mesh mesh = MakeMesh(options, options.nCubes);
+    const Options options = ReadOptions(argc, argv);
+    const Mesh mesh = MakeMesh(options);
     CheckMesh(mesh);
     Summary summary;
     const Int bytes = WriteDeck(mesh, summary);
