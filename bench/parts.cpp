@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -25,32 +26,14 @@ int Below(std::mt19937 &random, int n) {
     return std::uniform_int_distribution<int>(0, n - 1)(random);
 }
 
-// A file of text for the reader's line source.
-class DeckFile {
-  public:
-    explicit DeckFile(const std::string &text) : size_(text.size()) {
-        char name[] = "/tmp/kivom-bench-XXXXXX";
-        const int file = mkstemp(name);
-        path_ = file == -1 ? "" : name;
-        std::ofstream(path_, std::ios::binary) << text;
-    }
-    DeckFile(const DeckFile &) = delete;
-    DeckFile &operator=(const DeckFile &) = delete;
-    ~DeckFile() {
-        std::remove(path_.c_str());
-    }
-
-    const char *path() const {
-        return path_.c_str();
-    }
-    std::int64_t size() const {
-        return static_cast<std::int64_t>(size_);
-    }
-
-  private:
-    std::string path_;
-    std::size_t size_;
-};
+// A file of text for the reader's line source; the caller removes it.
+std::string DeckFile(const std::string &text) {
+    char name[] = "/tmp/kivom-bench-XXXXXX";
+    const int file = mkstemp(name);
+    const std::string path = file == -1 ? "" : name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
 
 std::string ElementRows() {
     std::mt19937 random(1);
@@ -120,23 +103,20 @@ bool FastElementRow(LineSource *stream, double *sum) {
 
 bool FastNodeRow(LineSource *stream, double *sum) {
     int number;
-    double x;
-    double y;
-    double z;
-    if (!TakeNodeRow(stream, &number, &x, &y, &z)) {
+    double place[3];
+    if (!TakeNodeRow(stream, &number, place, place + 1, place + 2)) {
         return PlainNodeRow(stream, sum);
     }
-    *sum += number;
-    *sum += x;
-    *sum += y;
-    *sum += z;
+    for (const double value : {static_cast<double>(number), place[0], place[1], place[2]}) {
+        *sum += value;
+    }
     return true;
 }
 
-double ReadAll(const DeckFile &deck, RowReader reader) {
+double ReadAll(const std::string &path, RowReader reader) {
     LineSource stream;
     double sum = 0;
-    if (OpenLines(&stream, deck.path())) {
+    if (OpenLines(&stream, path.c_str())) {
         while (reader(&stream, &sum)) {
         }
         CloseLines(&stream);
@@ -145,32 +125,22 @@ double ReadAll(const DeckFile &deck, RowReader reader) {
 }
 
 void ReadRows(benchmark::State &state, const std::string &text, RowReader reader, RowReader plain) {
-    const DeckFile deck(text);
-    if (ReadAll(deck, reader) != ReadAll(deck, plain)) {
+    const std::string path = DeckFile(text);
+    if (ReadAll(path, reader) != ReadAll(path, plain)) {
         state.SkipWithError("the two ways read different numbers");
-        return;
+    } else {
+        for (auto _ : state) {
+            benchmark::DoNotOptimize(ReadAll(path, reader));
+        }
     }
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(ReadAll(deck, reader));
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * deck.size());
+    std::remove(path.c_str());
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 
-void ElementRowsPlain(benchmark::State &state) {
-    ReadRows(state, ElementRows(), PlainElementRow, PlainElementRow);
-}
-
-void ElementRowsFast(benchmark::State &state) {
-    ReadRows(state, ElementRows(), FastElementRow, PlainElementRow);
-}
-
-void NodeRowsPlain(benchmark::State &state) {
-    ReadRows(state, NodeRows(), PlainNodeRow, PlainNodeRow);
-}
-
-void NodeRowsFast(benchmark::State &state) {
-    ReadRows(state, NodeRows(), FastNodeRow, PlainNodeRow);
-}
+BENCHMARK_CAPTURE(ReadRows, ElementsPlain, ElementRows(), PlainElementRow, PlainElementRow);
+BENCHMARK_CAPTURE(ReadRows, ElementsFast, ElementRows(), FastElementRow, PlainElementRow);
+BENCHMARK_CAPTURE(ReadRows, NodesPlain, NodeRows(), PlainNodeRow, PlainNodeRow);
+BENCHMARK_CAPTURE(ReadRows, NodesFast, NodeRows(), FastNodeRow, PlainNodeRow);
 
 void Compress(benchmark::State &state) {
     const std::string text = "  *Element, type=C3D10, elset=Solid_Part_Of_The_Bracket   ** first section";
@@ -183,21 +153,26 @@ void Compress(benchmark::State &state) {
         line = text;
         benchmark::DoNotOptimize(ABQCompressLine(line.data()));
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
+
+BENCHMARK(Compress);
 
 // Numbers --------------------------------------------------------------------------------------------------
 
 std::vector<double> Reals() {
     std::mt19937 random(3);
-    std::vector<double> values;
-    for (int i = 0; i < kRows; ++i) {
-        values.push_back(1e-8 * Below(random, 1000000000));
-    }
+    std::vector<double> values(kRows);
+    std::generate(values.begin(), values.end(), [&random] { return 1e-8 * Below(random, 1000000000); });
     return values;
 }
 
-using RealField = char *(*)(char *, double);
+std::vector<int> Ints() {
+    std::mt19937 random(4);
+    std::vector<int> values(kRows);
+    std::generate(values.begin(), values.end(), [&random] { return Below(random, 500000); });
+    return values;
+}
 
 char *PlainReal24(char *at, double value) {
     return at + std::snprintf(at, kMostField, "%24.15e", value);
@@ -207,71 +182,39 @@ char *PlainReal15(char *at, double value) {
     return at + std::snprintf(at, kMostField, "%15.7e", value);
 }
 
-void WriteReals(benchmark::State &state, RealField field, RealField plain) {
-    const std::vector<double> values = Reals();
+char *PlainInt10(char *at, int value) {
+    return at + std::snprintf(at, kMostField, "%10d", value);
+}
+
+template <class Value> using Field = char *(*)(char *, Value);
+
+template <class Value>
+void Write(benchmark::State &state, const std::vector<Value> &values, Field<Value> field, Field<Value> plain) {
     char a[64];
     char b[64];
-    for (const double value : values) {
+    for (const Value value : values) {
         if (std::string(a, field(a, value)) != std::string(b, plain(b, value))) {
             state.SkipWithError("not what the C library gives");
             return;
         }
     }
     for (auto _ : state) {
-        for (const double value : values) {
+        for (const Value value : values) {
             benchmark::DoNotOptimize(field(a, value));
         }
     }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kRows);
+    state.SetItemsProcessed(state.iterations() * kRows);
 }
 
-void Real24Plain(benchmark::State &state) {
-    WriteReals(state, PlainReal24, PlainReal24);
-}
+constexpr auto WriteInts = &Write<int>;
+constexpr auto WriteReals = &Write<double>;
 
-void Real24Fast(benchmark::State &state) {
-    WriteReals(state, FieldReal24, PlainReal24);
-}
-
-void Real15Plain(benchmark::State &state) {
-    WriteReals(state, PlainReal15, PlainReal15);
-}
-
-void Real15Fast(benchmark::State &state) {
-    WriteReals(state, FieldReal15, PlainReal15);
-}
-
-char *PlainInt10(char *at, int value) {
-    return at + std::snprintf(at, kMostField, "%10d", value);
-}
-
-void WriteInts(benchmark::State &state, char *(*field)(char *, int)) {
-    std::mt19937 random(4);
-    std::vector<int> values;
-    char a[64];
-    char b[64];
-    for (int i = 0; i < kRows; ++i) {
-        values.push_back(Below(random, 500000));
-        if (std::string(a, field(a, values.back())) != std::string(b, PlainInt10(b, values.back()))) {
-            state.SkipWithError("not what the C library gives");
-            return;
-        }
-    }
-    for (auto _ : state) {
-        for (const int value : values) {
-            benchmark::DoNotOptimize(field(a, value));
-        }
-    }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kRows);
-}
-
-void Int10Plain(benchmark::State &state) {
-    WriteInts(state, PlainInt10);
-}
-
-void Int10Fast(benchmark::State &state) {
-    WriteInts(state, FieldInt10);
-}
+BENCHMARK_CAPTURE(WriteInts, Int10Plain, Ints(), PlainInt10, PlainInt10);
+BENCHMARK_CAPTURE(WriteInts, Int10Fast, Ints(), FieldInt10, PlainInt10);
+BENCHMARK_CAPTURE(WriteReals, Real24Plain, Reals(), PlainReal24, PlainReal24);
+BENCHMARK_CAPTURE(WriteReals, Real24Fast, Reals(), FieldReal24, PlainReal24);
+BENCHMARK_CAPTURE(WriteReals, Real15Plain, Reals(), PlainReal15, PlainReal15);
+BENCHMARK_CAPTURE(WriteReals, Real15Fast, Reals(), FieldReal15, PlainReal15);
 
 // Sorting and look-up ---------------------------------------------------------------------------------------
 
@@ -299,7 +242,7 @@ void Sort(benchmark::State &state) {
         mine = numbers;
         BinarySort(kRows, mine.data());
     }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kRows);
+    state.SetItemsProcessed(state.iterations() * kRows);
 }
 
 void Order(benchmark::State &state) { // argument: distance of neighbouring numbers
@@ -308,9 +251,7 @@ void Order(benchmark::State &state) { // argument: distance of neighbouring numb
     std::vector<int> order(kRows);
     std::vector<int> plainKeys = numbers;
     std::vector<int> plainOrder(kRows);
-    for (int i = 0; i < kRows; ++i) {
-        plainOrder[static_cast<std::size_t>(i)] = i;
-    }
+    std::iota(plainOrder.begin(), plainOrder.end(), 0);
     OrderRows(kRows, keys.data(), order.data());
     SortByFirstArray2(kRows, plainKeys.data(), plainOrder.data());
     if (keys != plainKeys || order != plainOrder) {
@@ -321,7 +262,7 @@ void Order(benchmark::State &state) { // argument: distance of neighbouring numb
         keys = numbers;
         OrderRows(kRows, keys.data(), order.data());
     }
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kRows);
+    state.SetItemsProcessed(state.iterations() * kRows);
 }
 
 void LookUp(benchmark::State &state, bool prepared) {
@@ -344,32 +285,14 @@ void LookUp(benchmark::State &state, bool prepared) {
         }
     }
     ReleaseIDIndex(&index);
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * kRows);
+    state.SetItemsProcessed(state.iterations() * kRows);
 }
 
-void LookUpPlain(benchmark::State &state) {
-    LookUp(state, false);
-}
-
-void LookUpPrepared(benchmark::State &state) {
-    LookUp(state, true);
-}
+BENCHMARK(Sort);
+BENCHMARK(Order)->Arg(1)->Arg(7);
+BENCHMARK_CAPTURE(LookUp, Plain, false)->Arg(1)->Arg(7);
+BENCHMARK_CAPTURE(LookUp, Prepared, true)->Arg(1)->Arg(7);
 
 } // namespace
 
-BENCHMARK(ElementRowsPlain);
-BENCHMARK(ElementRowsFast);
-BENCHMARK(NodeRowsPlain);
-BENCHMARK(NodeRowsFast);
-BENCHMARK(Compress);
-BENCHMARK(Int10Plain);
-BENCHMARK(Int10Fast);
-BENCHMARK(Real24Plain);
-BENCHMARK(Real24Fast);
-BENCHMARK(Real15Plain);
-BENCHMARK(Real15Fast);
-BENCHMARK(Sort);
-BENCHMARK(Order)->Arg(1)->Arg(7);
-BENCHMARK(LookUpPlain)->Arg(1)->Arg(7);
-BENCHMARK(LookUpPrepared)->Arg(1)->Arg(7);
 BENCHMARK_MAIN();
