@@ -16,6 +16,8 @@ import subprocess
 import sys
 import tempfile
 
+from compare import compiler_of
+
 FIGURES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "instructions.txt")
 DECKS = (("C3D4", 16), ("C3D10", 11))  # type and cubes along an edge, about 1 MB each
 ABSENT = 77
@@ -26,12 +28,6 @@ TUNABLES = "glibc.cpu.hwcaps=-AVX2,-AVX512F,-AVX512VL,-AVX512BW,-ERMS,-FSRM"
 
 class Failed(Exception):
     pass
-
-
-def compiler(program):
-    with open(program, "rb") as file:
-        names = set(re.findall(rb"GCC: \([^)]*\) [0-9.]+|clang version [0-9.]+", file.read()))
-    return ", ".join(sorted(name.decode() for name in names)) or "unknown"
 
 
 def write(path, text):
@@ -72,26 +68,13 @@ def count(options, kind, n_cubes, folder):
     return int(match.group(1))
 
 
-def read_figures(path):
-    figures = {}
-    with open(path) as file:
-        for line in file:
-            key, _, value = line.partition(":")
-            if value and not line.startswith("#"):
-                figures[key.strip()] = value.strip()
-    return figures
-
-
-def compare(kind, count, figure, margin):
+def is_within(kind, count, figure, margin):
     """True when the count is within the margin; says so either way."""
     change = count / figure - 1
-    text = f"{kind}: {count} instructions, committed {figure}, {change:+.2%}"
-    if change > margin:
-        print(f"{text}: slower than the margin of {margin:.0%} allows")
-    elif change < -margin:
-        print(f"{text}: faster by more than {margin:.0%}; renew the figure with --renew")
-    else:
-        print(f"{text}: within {margin:.0%}")
+    verdict = (f"slower than the margin of {margin:.0%} allows" if change > margin else
+               f"faster by more than {margin:.0%}; renew the figure with --renew" if change < -margin else
+               f"within {margin:.0%}")
+    print(f"{kind}: {count} instructions, committed {figure}, {change:+.2%}: {verdict}")
     return abs(change) <= margin
 
 
@@ -114,24 +97,25 @@ def main():
     except (Failed, OSError, subprocess.TimeoutExpired) as fault:
         print(fault)
         return 1
-    compiler_name = compiler(options.program)
+    compiler = compiler_of(options.program)
     if options.renew:
         write(options.figures,
               "# Instructions of whole runs with --vtk on small decks, written by instructions.py --renew.\n"
-              f"compiler: {compiler_name}\n" + "".join(f"{kind}: {count}\n" for kind, count in counts.items()))
+              f"compiler: {compiler}\n" + "".join(f"{kind}: {count}\n" for kind, count in counts.items()))
         print(f"renewed: {counts}")
         return 0
     if not os.path.exists(options.figures):
         print(f"no committed figures; counted {counts}; write them with --renew")
         return 1
-    figures = read_figures(options.figures)
-    if figures.get("compiler") != compiler_name:
-        print(f"note: counted with {compiler_name}, committed with {figures.get('compiler')}")
+    with open(options.figures) as file:
+        figures = dict(re.findall(r"^(\w+): (.*)$", file.read(), re.M))
+    if figures.get("compiler") != compiler:
+        print(f"note: counted with {compiler}, committed with {figures.get('compiler')}")
     missing = [kind for kind in counts if not figures.get(kind, "").isdigit()]
     if missing:
         print(f"no committed figure for {', '.join(missing)}")
         return 1
-    results = [compare(kind, count, int(figures[kind]), options.margin) for kind, count in counts.items()]
+    results = [is_within(kind, count, int(figures[kind]), options.margin) for kind, count in counts.items()]
     return 0 if all(results) else 1
 
 
