@@ -111,59 +111,64 @@ bool TakeRows(Input *in, const char *key, std::size_t count, int width, Rows *ro
 
 // Nodes ------------------------------------------------------------------------------------------------
 
-bool TakeCurrentPositions(Input *in, const Mesh &mesh, std::size_t count, Nodes *nodes) {
+// In two dimensions the third coordinate stays 0.
+struct Place {
+    double x = 0;
+    double y = 0;
+    double z = 0;
+};
+
+bool TakePlace(Input *in, std::size_t index, int dimension, Place *place) {
+    return TakeWords(in, "        ") && TakeIndex(in, index) && TakeReal(in, &place->x) && TakeReal(in, &place->y) &&
+           (dimension == 2 || TakeReal(in, &place->z)) && TakeLineEnd(in);
+}
+
+bool TakeCurrentPositions(Input *in, int dimension, std::size_t count, Nodes *nodes) {
     if (!TakeListKey(in, "Current_Positions")) {
         return false;
     }
-    std::vector<double> *const columns[3] = {&nodes->x, &nodes->y, &nodes->z};
     for (std::size_t i = 0; i < count; ++i) {
-        if (!TakeWords(in, "        ") || !TakeIndex(in, i)) {
+        Place place;
+        if (!TakePlace(in, i, dimension, &place)) {
             return false;
         }
-        for (int k = 0; k < mesh.dimension; ++k) {
-            double value = 0;
-            if (!TakeReal(in, &value)) {
-                return false;
-            }
-            Append(columns[k], count, value);
-        }
-        if (!TakeLineEnd(in)) {
-            return false;
+        Append(&nodes->x, count, place.x);
+        Append(&nodes->y, count, place.y);
+        if (dimension == 3) {
+            Append(&nodes->z, count, place.z);
         }
     }
     return true;
 }
 
-// The other two lists say again what the first says. A field has one spelling for a value, so equal values (to the
-// bit: nan is equal to itself, 0 is not -0) are equal fields.
-bool TakePositionsAgain(Input *in, const char *key, const Mesh &mesh) {
+// To the bit: nan is itself, 0 is not -0.
+bool IsSame(double a, double b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// The other two lists say again what the first says. A field has one spelling for a value, so the same values are the
+// same fields.
+bool TakePositionsAgain(Input *in, const char *key, int dimension, const Nodes &nodes) {
     if (!TakeListKey(in, key)) {
         return false;
     }
-    const std::vector<double> *const columns[3] = {&mesh.nodes.x, &mesh.nodes.y, &mesh.nodes.z};
-    for (std::size_t i = 0; i < mesh.nodes.Count(); ++i) {
-        if (!TakeWords(in, "        ") || !TakeIndex(in, i)) {
+    for (std::size_t i = 0; i < nodes.Count(); ++i) {
+        Place place;
+        if (!TakePlace(in, i, dimension, &place)) {
             return false;
         }
-        for (int k = 0; k < mesh.dimension; ++k) {
-            double value = 0;
-            if (!TakeReal(in, &value)) {
-                return false;
-            }
-            if (std::memcmp(&value, columns[k]->data() + i, sizeof value) != 0) {
-                return Refuse(in, "the position is another than in Current_Positions");
-            }
-        }
-        if (!TakeLineEnd(in)) {
-            return false;
+        if (!IsSame(place.x, nodes.x[i]) || !IsSame(place.y, nodes.y[i]) ||
+            (dimension == 3 && !IsSame(place.z, nodes.z[i]))) {
+            return RefuseLine(in, in->line - 1, "the position is another than in Current_Positions");
         }
     }
     return true;
 }
 
 bool TakeNodeLists(Input *in, std::size_t count, Mesh *mesh) {
-    return TakeCurrentPositions(in, *mesh, count, &mesh->nodes) &&
-           TakePositionsAgain(in, "Previous_Positions", *mesh) && TakePositionsAgain(in, "Initial_Positions", *mesh) &&
+    return TakeCurrentPositions(in, mesh->dimension, count, &mesh->nodes) &&
+           TakePositionsAgain(in, "Previous_Positions", mesh->dimension, mesh->nodes) &&
+           TakePositionsAgain(in, "Initial_Positions", mesh->dimension, mesh->nodes) &&
            TakeScalarList(in, "Node_Tag", count, &mesh->nodes.tags) &&
            TakeScalarList(in, "IsOnBoundary", count, &mesh->nodes.onBoundary);
 }
