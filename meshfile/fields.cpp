@@ -62,8 +62,7 @@ bool FindPlaces(const char *at, RealPlaces *places) {
 // value may lie below it, where numbers of 16 digits are denser; zeros, subnormal values and a leading 0 are apart.
 bool AreSurelyItsDigits(const char *first, double value) {
     constexpr double kRatio = 0.22204461; // 2^-52 / 1e-15, rounded up
-    std::uint64_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
+    const std::uint64_t bits = BitsOf(value);
     if ((bits >> 52 & 0x7ff) == 0 || first[0] == '0' || (first[0] == '1' && first[2] == '0')) {
         return false;
     }

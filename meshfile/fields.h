@@ -3,6 +3,8 @@
 #define KIVOM_MESHFILE_FIELDS_H
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace meshfile {
 
@@ -17,6 +19,14 @@ bool IntField(const char *at, std::size_t width, int *value);
 // The 24 characters at `at` as "%24.15e" writes them, inf and nan of either sign included. False when they are not,
 // also where they are a number that "%24.15e" would write in other digits.
 bool RealField(const char *at, double *value);
+
+// The value as it lies in memory. Values that RealField gives have the same bits exactly when their fields are the
+// same.
+inline std::uint64_t BitsOf(double value) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
 
 } // namespace meshfile
 

@@ -141,13 +141,8 @@ bool TakeCurrentPositions(Input *in, int dimension, std::size_t count, Nodes *no
     return true;
 }
 
-// To the bit: nan is itself, 0 is not -0.
-bool IsSame(double a, double b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-// The other two lists say again what the first says. A field has one spelling for a value, so the same values are the
-// same fields.
+// The other two lists say again what the first says. The same bits are the same fields: nan is itself,
+// 0 is not -0.
 bool TakePositionsAgain(Input *in, const char *key, int dimension, const Nodes &nodes) {
     if (!TakeListKey(in, key)) {
         return false;
@@ -157,8 +152,8 @@ bool TakePositionsAgain(Input *in, const char *key, int dimension, const Nodes &
         if (!TakePlace(in, i, dimension, &place)) {
             return false;
         }
-        if (!IsSame(place.x, nodes.x[i]) || !IsSame(place.y, nodes.y[i]) ||
-            (dimension == 3 && !IsSame(place.z, nodes.z[i]))) {
+        if (BitsOf(place.x) != BitsOf(nodes.x[i]) || BitsOf(place.y) != BitsOf(nodes.y[i]) ||
+            (dimension == 3 && BitsOf(place.z) != BitsOf(nodes.z[i]))) {
             return RefuseLine(in, in->line - 1, "the position is another than in Current_Positions");
         }
     }
