@@ -35,7 +35,10 @@ bool HasMore(Input *in, std::size_t size) {
         return false;
     }
     auto left = static_cast<std::size_t>(in->end - in->at);
-    std::memmove(in->block.data(), in->at, left);
+    in->block.resize(in->blockSize);
+    if (left > 0) {
+        std::memmove(in->block.data(), in->at, left);
+    }
     in->at = in->block.data();
     while (left < size) {
         const std::ptrdiff_t got = SystemRead(in->file, in->block.data() + left, in->block.size() - left);

@@ -19,7 +19,8 @@ namespace meshfile {
 struct Input {
     int file = -1;
     bool isAtEnd = false; // nothing more to read; true from the start for a text in memory
-    std::vector<char> block;
+    std::size_t blockSize = 0;
+    std::vector<char> block; // made when the first bytes are wanted
     const char *at = nullptr;
     const char *end = nullptr;
     long long line = 1; // that `at` stands in

@@ -97,14 +97,14 @@ struct Mesh {
     std::vector<CellGroup> cellGroups;
 };
 
-// The first departure from the format. Line 0: the file as a whole (it cannot be opened or read, memory is short).
+// The first departure from the format. Line 0: the file as a whole (it cannot be opened or read; "out of memory").
 struct Error {
     long long line = 0;
     std::string text; // empty: none
 };
 
 struct Result {
-    Mesh mesh; // whole when there is no error; otherwise what stands before it, of no use but to look at
+    Mesh mesh; // whole when there is no error; otherwise of no use
     Error error;
 
     bool Ok() const {

@@ -318,7 +318,8 @@ Result Take(Input *in) {
     try {
         TakeMesh(in, &result.mesh);
     } catch (const std::bad_alloc &) {
-        RefuseLine(in, 0, "the memory is too short for its mesh");
+        result.mesh = {};
+        in->error = {0, "out of memory"}; // short enough to lie in the string itself
     }
     result.error = in->error;
     return result;
@@ -332,8 +333,7 @@ std::string Describe(const Error &error) {
 
 Result Read(const std::string &path, std::size_t blockSize) {
     Input in;
-    in.block.resize(std::max(blockSize, kMostAhead));
-    in.at = in.end = in.block.data();
+    in.blockSize = std::max(blockSize, kMostAhead);
     in.file = SystemOpenToRead(path.c_str());
     if (in.file == -1) {
         return {{}, {0, std::string("cannot be opened: ") + std::strerror(errno)}};

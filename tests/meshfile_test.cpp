@@ -9,14 +9,38 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <random>
 
 namespace fs = std::filesystem;
+
+// The allocation that fails, counted from 1; 0 for none.
+static int failingAllocation = 0;
+
+// Not inlined: where only one of a pair is, the compiler takes it for a mismatch.
+[[gnu::noinline]] void *operator new(std::size_t size) {
+    if (failingAllocation > 0 && --failingAllocation == 0) {
+        throw std::bad_alloc();
+    }
+    if (void *block = std::malloc(size > 0 ? size : 1)) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void *block) noexcept {
+    std::free(block);
+}
+
+[[gnu::noinline]] void operator delete(void *block, std::size_t) noexcept {
+    std::free(block);
+}
 
 namespace {
 
@@ -299,6 +323,19 @@ TEST(MeshFile, WhatCannotBeReadIsSaid) {
               "cannot be opened: No such file or directory");
     EXPECT_EQ(meshfile::Describe(meshfile::Read(testing::TempDir()).error), "cannot be read: Is a directory");
     EXPECT_FALSE(meshfile::Read(testing::TempDir()).mesh.isEmptyFile);
+}
+
+TEST(MeshFile, EveryAllocationMayFail) {
+    const std::string path = Written(kSmall);
+    int n = 0;
+    for (bool isShort = true; isShort; ++n) {
+        failingAllocation = n + 1;
+        const meshfile::Result result = n % 2 == 0 ? meshfile::Read(path) : meshfile::ReadText(kSmall);
+        isShort = failingAllocation == 0; // it was reached
+        failingAllocation = 0;
+        EXPECT_EQ(meshfile::Describe(result.error), isShort ? "out of memory" : "") << n;
+    }
+    EXPECT_GT(n, 10);
 }
 
 // Any number: the field that the C library writes is taken for the very value whose text it is, and a neighbour in the
