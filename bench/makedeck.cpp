@@ -282,18 +282,28 @@ Element ElementAt(const Mesh &mesh, Int element) {
     return result;
 }
 
-// Sides are numbered low x, high x, low y, high y, low z, high z.
-Int SideNode(const Mesh &mesh, Int member) {
-    const bool isBox = mesh.family->nDim == 3;
-    const Int perSide = isBox ? mesh.nPoints * mesh.nPoints : mesh.nPoints;
-    const int axis = static_cast<int>(member / perSide / 2);
-    const Int rest = member % perSide;
-    Point point = {};
-    point.at[axis] = member / perSide % 2 == 0 ? 0 : mesh.nPoints - 1;
-    point.at[axis == 0 ? 1 : 0] = rest % mesh.nPoints;
+// A place on a side of a grid of n positions along each edge. Sides are numbered low x, high x, low y, high y, low z,
+// high z.
+struct SidePlace {
+    int axis;
+    bool isHigh;
+    Point point;
+};
+
+SidePlace PlaceOnSide(const Family &family, Int member, Int n) {
+    const bool isBox = family.nDim == 3;
+    const Int side = member / (isBox ? n * n : n);
+    const Int rest = member % (isBox ? n * n : n);
+    SidePlace place = {static_cast<int>(side / 2), side % 2 != 0, {}};
+    place.point.at[place.axis] = place.isHigh ? n - 1 : 0;
+    place.point.at[place.axis == 0 ? 1 : 0] = rest % n;
     if (isBox)
-        point.at[axis == 2 ? 1 : 2] = rest / mesh.nPoints;
-    return NodeAt(mesh, point);
+        place.point.at[place.axis == 2 ? 1 : 2] = rest / n;
+    return place;
+}
+
+Int SideNode(const Mesh &mesh, Int member) {
+    return NodeAt(mesh, PlaceOnSide(*mesh.family, member, mesh.nPoints).point);
 }
 
 // A piece has a face on the low side of an axis when its path takes that axis last, on the high side when first.
@@ -307,18 +317,9 @@ Int PieceOnSide(const Family &family, int axis, bool isHigh, Int which) {
 
 SideFace FaceAt(const Mesh &mesh, Int face) {
     const Family &family = *mesh.family;
-    const bool isBox = family.nDim == 3;
     const Int n = mesh.nCubes;
-    const Int perCube = isBox ? 2 : 1;
-    const Int perSide = isBox ? n * n * 2 : n;
-    const int axis = static_cast<int>(face / perSide / 2);
-    const bool isHigh = face / perSide % 2 != 0;
-    const Int place = face % perSide / perCube;
-    Point cube = {};
-    cube.at[axis] = isHigh ? n - 1 : 0;
-    cube.at[axis == 0 ? 1 : 0] = place % n;
-    if (isBox)
-        cube.at[axis == 2 ? 1 : 2] = place / n;
+    const Int perCube = family.nDim - 1;
+    const auto [axis, isHigh, cube] = PlaceOnSide(family, face / perCube, n);
     const Int piece = PieceOnSide(family, axis, isHigh, face % perCube);
     const Int element = (cube.at[0] + n * (cube.at[1] + n * cube.at[2])) * family.nPieces + piece;
 
@@ -508,22 +509,21 @@ void PutSurfaces(Writer &writer, const Mesh &mesh, Summary &summary) {
 
 // ---- size, checks, command line
 
-bool DoNumbersFit(const Mesh &mesh) {
-    const Int largest = std::max(mesh.nNodes, mesh.nElements);
-    return mesh.options->maxNumber == 0 ? largest <= kMaxNumber / mesh.options->stride
-                                        : largest <= mesh.options->maxNumber;
-}
-
 void CheckMesh(const Mesh &mesh) {
     const Options &options = *mesh.options;
-    if (!DoNumbersFit(mesh))
+    const Int largest = std::max(mesh.nNodes, mesh.nElements);
+    if (largest > (options.maxNumber == 0 ? kMaxNumber / options.stride : options.maxNumber))
         Fail("the numbers do not fit; take fewer cubes, a smaller stride or a larger --max-number");
-    if (options.nNodeSets > mesh.nSideNodes)
-        Fail("more node sets than nodes on the sides (" + std::to_string(mesh.nSideNodes) + ")");
-    if (options.nSections > mesh.nElements)
-        Fail("more element sections than elements (" + std::to_string(mesh.nElements) + ")");
-    if (options.nSurfaces > mesh.nFaces)
-        Fail("more surfaces than element faces on the sides (" + std::to_string(mesh.nFaces) + ")");
+    const struct {
+        const char *what;
+        Int wanted;
+        Int most;
+    } limits[] = {{"node sets than nodes on the sides", options.nNodeSets, mesh.nSideNodes},
+                  {"element sections than elements", options.nSections, mesh.nElements},
+                  {"surfaces than element faces on the sides", options.nSurfaces, mesh.nFaces}};
+    for (const auto &limit : limits)
+        if (limit.wanted > limit.most)
+            Fail("more " + std::string(limit.what) + " (" + std::to_string(limit.most) + ")");
 }
 
 [[noreturn]] void ShowUsage() {
