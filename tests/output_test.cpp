@@ -480,7 +480,7 @@ TEST_F(Output, ConnectivityRowsAreNotWrappedHoweverLong) {
     COM_ArchnDim(0);
     Cells *cells = GetCOM()->Cells;
     cells->nNum = cells->nMax = kRows;
-    cells->nNodesPerCell = cells->nColumns = kNodes;
+    cells->nNodesPerCell = kNodes;
     cells->i1Type = AllocINT1D(nullptr, kRows);
     cells->i1Tag = AllocINT1D(nullptr, kRows);
     cells->i1NumNodes = AllocINT1D(nullptr, kRows);
