@@ -7,7 +7,7 @@
 #include "abaqus/abqfind.h"
 #include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
 
 #include <algorithm>
 #include <climits>
@@ -43,12 +43,10 @@ void ClearNodeTags(ABQNodeBlock *blocks) {
     }
 }
 
-constexpr int kMostFaces = 4;
-
 // Results of applying an element set with one face row: how many of its elements were found but have no such
 // face. Each of them is reported anew whenever a surface names set and row again.
 constexpr int kNotApplied = -1;
-constexpr int kRowKinds = kMostFaces + 1; // rows 0 to 3, and all others, which no element has
+constexpr int kRowKinds = kMostFaces + 1; // rows that an element can have, and all others, which no element has
 
 struct AppliedSet {
     int misses[kRowKinds];

@@ -29,15 +29,21 @@
 #ifndef KIVOM_STORE_SYS_H
 #define KIVOM_STORE_SYS_H
 
-// Element type codes, shared by store, reader, translation and writers (all fifteen: output/DumpVTK.cpp).
+// Element type codes, shared by store, reader, translation and writers. What is known of each: families.h.
 enum TypeCode {
     kTRI3 = 3,  // 3-node triangle
     kTRI6 = 4,  // 6-node triangle: corner, mid-side, corner, mid-side, corner, mid-side
     kTET4 = 5,  // 4-node tetrahedron
     kTETX = 6,  // 10-node tetrahedron: corners 0-3, mid-edge nodes of 0-1, 1-2, 2-0, 0-3, 1-3, 2-3
+    kTRI7 = 19, // of other solvers' meshes, as far as the VTK form goes
+    kC1D6 = 20,
+    kC1D4 = 22,
     kS1D2 = 31, // 2-node line, a face of a 2-D mesh
     kS2D3 = 32, // 3-node triangle, a face of a 3-D mesh
     kS2D4 = 33, // 4-node quadrilateral, a face
+    kC2D6 = 36, // of other solvers' meshes
+    kC2D8 = 37,
+    kC2DX = 38,
     kQUA4 = 52, // 4-node quadrilateral
     kHEX8 = 55  // 8-node hexahedron
 };
