@@ -112,7 +112,7 @@ void ReadCells(LineSource *stream, ABQCellBlock **list) {
         std::printf("  Warning> Cannot find ELSET name for Cells.\n");
     }
     std::printf("  Reading Elements %s ... ", block->name);
-    if (ABQRefuse(stream, kRefused, 4)) {
+    if (ABQRefuse(stream, kRefused)) {
         allocate(block, 0);
         return;
     }

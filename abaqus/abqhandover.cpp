@@ -64,7 +64,7 @@ void ABQ_AssignCellMap() {
     }
 }
 
-void ABQ2COM_Node() {
+void ABQArchNodes() {
     for (ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
         if (block->count > 0) {
             COM_ArchNodes(block->count, block->i1GID, block->i1Tag, block->d1X, block->d1Y, block->d1Z);
@@ -81,7 +81,7 @@ void ABQ2COM_Cell() {
     }
 }
 
-void ABQ2COM_Groups() {
+void ABQArchGroups() {
     for (const ABQSet *set = ABQDeck()->nodeSets; set != nullptr; set = set->next) {
         COM_ArchGRnode(set->tag, set->name);
     }

@@ -5,6 +5,7 @@
 
 #include "store/COM.h"
 #include "store/families.h"
+#include "store/tags.h"
 #include "support/frame.h"
 
 #include <algorithm>
@@ -188,68 +189,47 @@ void OutpVTK(const char *path, int nPoints, const int *nodeTag, const double *x,
     EndFile(&out);
 }
 
-// The nodes of each tag, in store order: those of tag t stand at nodes[start[p]] to nodes[start[p + 1] - 1] where
-// tags[p] is t. Made once, so that files of thousands of node groups do not look through all nodes each.
+// The nodes of each tag, in store order: those of tag t stand at nodes[start[p]] to nodes[start[p + 1] - 1] where p is
+// the tag's position. Made once, so that files of thousands of node groups do not look through all nodes each.
 struct NodesByTag {
-    int nTags;
-    int *tags;  // [nTags] of the node groups, ascending, each once
-    int *start; // [nTags + 1]
-    int *nodes; // all nodes that carry one of the tags
+    SortedTags tags; // of the node groups
+    int *start;      // [tags.n + 1]
+    int *nodes;      // all nodes that carry one of the tags
 };
-
-// Position of the tag, or -1.
-int FindTag(const NodesByTag &byTag, int tag) {
-    const int *end = byTag.tags + byTag.nTags;
-    const int *found = std::lower_bound(static_cast<const int *>(byTag.tags), end, tag);
-    return found != end && *found == tag ? static_cast<int>(found - byTag.tags) : -1;
-}
-
-void CollectTags(NodesByTag *byTag, const GRnode *groups) {
-    int n = 0;
-    for (const GRnode *group = groups; group != nullptr; group = group->next) {
-        ++n;
-    }
-    byTag->tags = NewArray<int>(n);
-    byTag->start = NewArray<int>(n + 1);
-    n = 0;
-    for (const GRnode *group = groups; group != nullptr; group = group->next) {
-        byTag->tags[n++] = group->iTag;
-    }
-    std::sort(byTag->tags, byTag->tags + n);
-    byTag->nTags = static_cast<int>(std::unique(byTag->tags, byTag->tags + n) - byTag->tags);
-}
 
 NodesByTag SortNodesByTag(const Mesh *mesh) {
     const Nodes *nodes = mesh->Nodes;
     NodesByTag byTag{};
-    CollectTags(&byTag, mesh->GRnode);
-    std::fill_n(byTag.start, byTag.nTags + 1, 0);
+    byTag.tags = TagsOfGroups(mesh->GRnode);
+    const int nTags = byTag.tags.n;
+    byTag.start = NewArray<int>(nTags + 1);
+    std::fill_n(byTag.start, nTags + 1, 0);
     for (int i = 0; i < nodes->nNum; ++i) {
-        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        const int p = FindTag(byTag.tags, nodes->i1Tag[i]);
         if (p != -1) {
             ++byTag.start[p + 1];
         }
     }
-    for (int p = 0; p < byTag.nTags; ++p) {
+    for (int p = 0; p < nTags; ++p) {
         byTag.start[p + 1] += byTag.start[p];
     }
-    const int total = byTag.start[byTag.nTags];
+    const int total = byTag.start[nTags];
     byTag.nodes = NewArray<int>(total);
     for (int i = nodes->nNum - 1; i >= 0; --i) { // from behind: start[p + 1] runs down to start[p]
-        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        const int p = FindTag(byTag.tags, nodes->i1Tag[i]);
         if (p != -1) {
             byTag.nodes[--byTag.start[p + 1]] = i;
         }
     }
-    for (int p = 0; p < byTag.nTags; ++p) { // and now stands where list p begins: move all back by one place
+    for (int p = 0; p < nTags; ++p) { // and now stands where list p begins: move all back by one place
         byTag.start[p] = byTag.start[p + 1];
     }
-    byTag.start[byTag.nTags] = total;
+    byTag.start[nTags] = total;
     return byTag;
 }
 
 void ReleaseNodesByTag(NodesByTag *byTag) {
-    AllocINT1D(byTag->tags, 0);
+    AllocINT1D(byTag->tags.tags, 0);
     AllocINT1D(byTag->start, 0);
     AllocINT1D(byTag->nodes, 0);
 }
@@ -283,7 +263,7 @@ void DumpNodeSet(const Nodes *nodes, const NodesByTag &byTag, const GRnode *grou
     if (!BeginFile(&out, path)) {
         return;
     }
-    const int p = FindTag(byTag, group->iTag);
+    const int p = FindTag(byTag.tags, group->iTag);
     PutNodeSet(&out, nodes, byTag.nodes + byTag.start[p], byTag.start[p + 1] - byTag.start[p]);
     EndFile(&out);
 }

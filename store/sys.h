@@ -26,6 +26,9 @@
 // surface tags are then 0.
 //
 // Field names: i1 int array, i2 int table, d1 double array, c1 character array, n count, d double, i int.
+//
+// No run calls GetNextAviableNode, GetNextAviableFace and GetNextAviableCell, which reserve one entry each: they are
+// part of the interface.
 #ifndef KIVOM_STORE_SYS_H
 #define KIVOM_STORE_SYS_H
 
@@ -138,6 +141,10 @@ int GetNextAviableCell(Cells *cells);
 int ReserveNodes(Nodes *nodes, int count);
 int ReserveFaces(Faces *faces, int count);
 int ReserveCells(Cells *cells, int count);
+
+// Puts n nodes in the order of their numbers, as SortByFirstArray2 would leave them (support/frame.h); tags and
+// coordinates follow. Absent tags (null) are passed over.
+void OrderNodes(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z);
 
 // Raises the column count to n where it is smaller. A table that is there gets its further columns at once; they hold
 // nothing for the entries made before. The fields nNodesPerFace and nNodesPerCell tell how many columns a table has:

@@ -8,6 +8,7 @@
 #include "support/frame.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 
 namespace {
@@ -97,7 +98,7 @@ void ApFaces(Mesh *mesh) {
     const Cells *cells = mesh->Cells;
     Faces *faces = mesh->Faces;
     const FaceNeeds needs = CountFaces(cells);
-    if (needs.nFaces > 0x7fffffff) {
+    if (needs.nFaces > INT_MAX) {
         EndForTooMany();
     }
     if (needs.nFaces > 0) {

@@ -7,6 +7,7 @@
 
 #include "translate/geometry.h"
 
+#include "store/tags.h"
 #include "support/frame.h"
 
 #include <algorithm>
@@ -21,40 +22,33 @@ constexpr double kQuadratic = 0.5;  // nodes of quadratic cells are half as far 
 
 // What one pass finds for the cells of one tag.
 struct TagResult {
-    int tag;
     bool bUnmeasurable; // one of its cells is of another type
     double smallest;
     double largest;
 };
 
-// Results of all tags that groups have, ascending by tag, each once.
+// Results of all tags that groups have.
 struct TagResults {
-    int n;
-    TagResult *results;
+    SortedTags tags;
+    TagResult *results; // [tags.n]
 };
 
 TagResults NewTagResults(const GRcell *groups, double smallest) {
-    int n = 0;
-    for (const GRcell *group = groups; group != nullptr; group = group->next) {
-        ++n;
-    }
-    auto *results = NewArray<TagResult>(n);
-    n = 0;
-    for (const GRcell *group = groups; group != nullptr; group = group->next) {
-        results[n++] = {group->iTag, false, smallest, 0};
-    }
-    std::sort(results, results + n, [](const TagResult &a, const TagResult &b) { return a.tag < b.tag; });
-    const TagResult *end =
-        std::unique(results, results + n, [](const TagResult &a, const TagResult &b) { return a.tag == b.tag; });
-    return {static_cast<int>(end - results), results};
+    const SortedTags tags = TagsOfGroups(groups);
+    auto *results = NewArray<TagResult>(tags.n);
+    std::fill_n(results, tags.n, TagResult{false, smallest, 0});
+    return {tags, results};
+}
+
+void ReleaseTagResults(const TagResults &all) {
+    AllocINT1D(all.tags.tags, 0);
+    allocate(all.results, 0);
 }
 
 // The tag's result, or null when no group has the tag.
 TagResult *ResultOf(const TagResults &all, int tag) {
-    TagResult *end = all.results + all.n;
-    TagResult *found =
-        std::lower_bound(all.results, end, tag, [](const TagResult &a, int wanted) { return a.tag < wanted; });
-    return found != end && found->tag == tag ? found : nullptr;
+    const int position = FindTag(all.tags, tag);
+    return position == -1 ? nullptr : &all.results[position];
 }
 
 template <std::size_t nCorners, class Measure>
@@ -168,7 +162,7 @@ void CalLength(Mesh *mesh) {
         Lower(&mesh->Nodes->dMinEdge, group->dMinEdge);
         Raise(&mesh->Nodes->dMaxEdge, group->dMaxEdge);
     }
-    allocate(all.results, 0);
+    ReleaseTagResults(all);
 }
 
 void CalCharac(Mesh *mesh) {
@@ -190,5 +184,5 @@ void CalCharac(Mesh *mesh) {
         group->dCharLen = result->smallest;
         Lower(&mesh->Nodes->dCharLen, group->dCharLen);
     }
-    allocate(all.results, 0);
+    ReleaseTagResults(all);
 }
