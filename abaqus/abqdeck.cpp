@@ -3,7 +3,7 @@
 
 #include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
 #include "support/lines.h"
 
 #include <cstdio>
@@ -49,13 +49,14 @@ void ABQEndUnreadable() {
 }
 
 void ABQRequireReadable(const LineSource *stream) {
-    if (stream->bFailed) {
+    if (stream->bFailed && (deck == nullptr || !deck->bReadOn)) {
         ABQEndUnreadable();
     }
 }
 
 int ABQNumFaces(int type) {
-    return type == kTRI3 || type == kTRI6 ? 3 : 4;
+    const ElementFamily *family = FamilyOf(type);
+    return family == nullptr ? 0 : family->faces.slots.nRows;
 }
 
 void ABQReleaseNodeColumns(ABQNodeBlock *block) {

@@ -1,9 +1,9 @@
-// Putting the deck in order: rows by number inside each block, blocks by their first number.
+// Putting the deck in order: rows by number inside each block, blocks by their first number, numbers inside sets.
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqexchange.h"
-#include "abaqus/abqrecord.h"
 
-#include "support/frame.h"
+#include "store/sys.h"
+#include "support/lists.h"
 
 #include <utility>
 
@@ -27,8 +27,8 @@ template <class Block> void ArrangeBlocks(Block **blocks, int n, int *order, voi
 // The blocks of the list by their first number. An empty block has none: it is never exchanged with another and
 // keeps its place, while the others order around it.
 template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block *)) {
-    Block **blocks = ABQListArray(list);
-    const int nAll = ABQListLength(list);
+    Block **blocks = ListArray(list);
+    const int nAll = ListLength(list);
     int n = 0;
     for (int i = 0; i < nAll; ++i) {
         if (blocks[i]->count > 0) {
@@ -49,6 +49,12 @@ template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block
     allocate(blocks, 0);
 }
 
+void SortNumbers(ABQSet *set) {
+    for (; set != nullptr; set = set->next) {
+        BinarySort(set->count, set->numbers);
+    }
+}
+
 template <class Block> void SwapContents(Block *a, Block *b) {
     std::swap(*a, *b);
     std::swap(a->next, b->next); // each block keeps its place in the list
@@ -57,21 +63,7 @@ template <class Block> void SwapContents(Block *a, Block *b) {
 } // namespace
 
 void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
-    if (count < 2) {
-        return;
-    }
-    auto *order = NewArray<int>(count);
-    if (OrderRows(count, i1GID, order)) {
-        auto *spare = NewArray<double>(count);
-        if (i1Tag != nullptr) {
-            ReorderINT(count, i1Tag, order, reinterpret_cast<int *>(spare));
-        }
-        ReorderDBL(count, d1X, order, spare);
-        ReorderDBL(count, d1Y, order, spare);
-        ReorderDBL(count, d1Z, order, spare);
-        AllocDBL1D(spare, 0);
-    }
-    AllocINT1D(order, 0);
+    OrderNodes(count, i1GID, i1Tag, d1X, d1Y, d1Z);
 }
 
 void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2Conn, int **i2FaceTag) {
@@ -103,17 +95,16 @@ void SwapCellStructures(ABQCellBlock *a, ABQCellBlock *b) {
     SwapContents(a, b);
 }
 
-void ABQOrderNodeBlocks(ABQNodeBlock *list) {
-    for (ABQNodeBlock *block = list; block != nullptr; block = block->next) {
+void ABQOrderDeck() {
+    for (ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
         ABQ_SortNodesByGID(block->count, block->i1GID, block->i1Tag, block->d1X, block->d1Y, block->d1Z);
     }
-    OrderBlocks(list, SwapNodeStructures);
-}
-
-void ABQOrderCellBlocks(ABQCellBlock *list) {
-    for (ABQCellBlock *block = list; block != nullptr; block = block->next) {
+    for (ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
         // No tags yet: they are set when the order is final.
         ABQ_SortCellsByGID(block->count, block->nNodes, block->i1GID, nullptr, block->i2Conn, nullptr);
     }
-    OrderBlocks(list, SwapCellStructures);
+    OrderBlocks(ABQDeck()->nodeBlocks, SwapNodeStructures);
+    OrderBlocks(ABQDeck()->cellBlocks, SwapCellStructures);
+    SortNumbers(ABQDeck()->nodeSets);
+    SortNumbers(ABQDeck()->cellSets);
 }

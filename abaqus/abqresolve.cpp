@@ -5,12 +5,11 @@
 // face, the one read first wins.
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqfind.h"
-#include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
+#include "support/lists.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -44,12 +43,10 @@ void ClearNodeTags(ABQNodeBlock *blocks) {
     }
 }
 
-constexpr int kMostFaces = 4;
-
 // Results of applying an element set with one face row: how many of its elements were found but have no such
 // face. Each of them is reported anew whenever a surface names set and row again.
 constexpr int kNotApplied = -1;
-constexpr int kRowKinds = kMostFaces + 1; // rows 0 to 3, and all others, which no element has
+constexpr int kRowKinds = kMostFaces + 1; // rows that an element can have, and all others, which no element has
 
 struct AppliedSet {
     int misses[kRowKinds];
@@ -68,8 +65,8 @@ bool HasSmallerName(const ABQSet *a, const char *name) {
 }
 
 void SortSetsByName(FaceTagger *tagger, ABQSet *list) {
-    tagger->nSets = ABQListLength(list);
-    tagger->sets = ABQListArray(list);
+    tagger->nSets = ListLength(list);
+    tagger->sets = ListArray(list);
     // The list position decides among equal names; std::sort keeps no order by itself, and std::stable_sort
     // takes memory of its own.
     for (int i = 0; i < tagger->nSets; ++i) {
@@ -94,16 +91,12 @@ int FindSet(const FaceTagger *tagger, const char *name) {
     return same ? static_cast<int>(found - tagger->sets) : -1;
 }
 
-// The whole number that the entry begins with ("7ABC" is element 7). False when there is none within 32 bits.
+// The whole number that the entry begins with: "7ABC" is element 7, "ABC" is element 0. False when it lies outside
+// 32 bits: no element has such a number.
 bool ElementNumber(const char *entry, int *number) {
-    char *end;
-    errno = 0;
-    const long value = std::strtol(entry, &end, 10);
-    if (end == entry || errno == ERANGE || value < INT_MIN || value > INT_MAX) {
-        return false;
-    }
+    const long value = std::strtol(entry, nullptr, 10);
     *number = static_cast<int>(value);
-    return true;
+    return value >= INT_MIN && value <= INT_MAX;
 }
 
 int *FaceTagRow(ABQCellBlock *block, int row) {
@@ -166,9 +159,9 @@ void ABQNumberRecords() {
 
 void ABQTagNodes() {
     ClearNodeTags(ABQDeck()->nodeBlocks);
-    ABQNodeBlock **blocks = ABQListArray(ABQDeck()->nodeBlocks);
+    ABQNodeBlock **blocks = ListArray(ABQDeck()->nodeBlocks);
     ABQFinder nodes;
-    BuildBlockFinder(&nodes, blocks, ABQListLength(ABQDeck()->nodeBlocks));
+    BuildBlockFinder(&nodes, blocks, ListLength(ABQDeck()->nodeBlocks));
     for (const ABQSet *set = ABQDeck()->nodeSets; set != nullptr; set = set->next) {
         for (int i = 0; i < set->count; ++i) {
             const ABQPlace place = ABQFind(&nodes, set->numbers[i]);
@@ -188,11 +181,11 @@ void ABQ_SetCellFaceTagByGID() {
         return;
     }
     FaceTagger tagger{};
-    tagger.blocks = ABQListArray(ABQDeck()->cellBlocks);
-    BuildBlockFinder(&tagger.elements, tagger.blocks, ABQListLength(ABQDeck()->cellBlocks));
+    tagger.blocks = ListArray(ABQDeck()->cellBlocks);
+    BuildBlockFinder(&tagger.elements, tagger.blocks, ListLength(ABQDeck()->cellBlocks));
     SortSetsByName(&tagger, ABQDeck()->cellSets);
-    const int nSurfaces = ABQListLength(ABQDeck()->surfaces);
-    ABQSurface **surfaces = ABQListArray(ABQDeck()->surfaces);
+    const int nSurfaces = ListLength(ABQDeck()->surfaces);
+    ABQSurface **surfaces = ListArray(ABQDeck()->surfaces);
     for (int s = nSurfaces - 1; s >= 0; --s) {
         const char *entry = surfaces[s]->entryNames;
         for (int i = 0; i < surfaces[s]->count; ++i, entry += std::strlen(entry) + 1) {
