@@ -1,7 +1,7 @@
 // Finding a number among all blocks.
 #include "abaqus/abqfind.h"
 
-#include "support/frame.h"
+#include "tests/support/plain/plain.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,9 @@ namespace {
 using Blocks = std::vector<std::vector<int>>;
 
 // The rule: the first block in list order that holds the number, and the position there.
-ABQPlace PlainFind(const Blocks &blocks, int number) {
+ABQPlace FindPlace(const Blocks &blocks, int number) {
     for (std::size_t b = 0; b < blocks.size(); ++b) {
-        const int row = FindIDPositionInTheList(static_cast<int>(blocks[b].size()), blocks[b].data(), number);
+        const int row = PlainFind(blocks[b], number);
         if (row != -1) {
             return {static_cast<int>(b), row};
         }
@@ -35,7 +35,7 @@ void ExpectFinds(const Blocks &blocks, int lowest, int highest, bool backwards) 
     ABQBuildFinder(&finder, static_cast<int>(blocks.size()), columns.data(), counts.data());
     for (int i = lowest; i <= highest; ++i) {
         const int number = backwards ? highest - (i - lowest) : i;
-        const ABQPlace wanted = PlainFind(blocks, number);
+        const ABQPlace wanted = FindPlace(blocks, number);
         const ABQPlace found = ABQFind(&finder, number);
         ASSERT_EQ(found.block, wanted.block) << number;
         if (wanted.block != -1) {

@@ -1,4 +1,6 @@
 // Finding numbers in sorted lists.
+#include "tests/support/plain/plain.h"
+
 #include "support/frame.h"
 #include "support/lookup.h"
 
@@ -11,32 +13,8 @@
 
 namespace {
 
-using Ints = std::vector<int>;
-
 int Find(const Ints &list, int id) {
     return FindIDPositionInTheList(static_cast<int>(list.size()), list.data(), id);
-}
-
-// The stated narrowing, word for word.
-int PlainFind(const Ints &list, int id) {
-    int lo = 0;
-    int hi = static_cast<int>(list.size()) - 1;
-    const auto at = [&list](int i) { return list[static_cast<std::size_t>(i)]; };
-    while (hi - lo > 1) {
-        const int mid = (lo + hi) / 2;
-        if (at(mid) < id) {
-            lo = mid;
-        } else {
-            hi = mid;
-        }
-    }
-    if (hi < 0) {
-        return -1;
-    }
-    if (at(hi) == id) {
-        return hi;
-    }
-    return at(lo) == id ? lo : -1;
 }
 
 TEST(Lookup, FindsPositionsOrNothing) {

@@ -1,5 +1,5 @@
 // Data lines taken straight from the block read the same as by the general way, or are not taken at all.
-#include "fakesystem.h"
+#include "tests/support/fakesystem.h"
 
 #include "abaqus/abqline.h"
 #include "abaqus/abqrows.h"

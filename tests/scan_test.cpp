@@ -1,5 +1,6 @@
 // Lines, fields and numbers.
-#include "fakesystem.h"
+#include "tests/support/fakesystem.h"
+#include "tests/support/plain/plain.h"
 
 #include "support/frame.h"
 #include "support/lines.h"
@@ -29,23 +30,6 @@ struct Line {
 };
 
 // Fields -----------------------------------------------------------------------------------------------
-
-// The next field by the rule's own words: walk the line, the separator ends the walk and is blanked, blanks are
-// skipped, the first 256 others are taken and blanked.
-std::string PlainGrab(std::string *line, char separator) {
-    std::string field;
-    for (char &c : *line) {
-        if (c == separator) {
-            c = ' ';
-            break;
-        }
-        if (c != ' ' && field.size() < 256) {
-            field += c;
-            c = ' ';
-        }
-    }
-    return field;
-}
 
 std::vector<int> GrabAllInts(const std::string &text, int calls) {
     Line line(text);
@@ -128,10 +112,8 @@ TEST(Fields, EveryWayOfTakingThemFollowsTheRuleOnRandomLines) {
             const std::string wanted = PlainGrab(&plain, ',');
             const int found = wanted.empty() ? 0 : 1;
             longFields += wanted.size() == 256 ? 1 : 0;
-            int wantedInt = 0;
-            double wantedDouble = 0;
-            std::sscanf(wanted.c_str(), "%d", &wantedInt);
-            std::sscanf(wanted.c_str(), "%le", &wantedDouble);
+            const int wantedInt = PlainINT(wanted);
+            const double wantedDouble = PlainDBL(wanted);
 
             char field[kNameBuffer];
             ASSERT_EQ(GrabNextCHRFromCHR(field, blanked.Text(), ','), found) << text;
@@ -161,14 +143,11 @@ TEST(Fields, EveryWayOfTakingThemFollowsTheRuleOnRandomLines) {
 // Numbers ----------------------------------------------------------------------------------------------
 
 void ExpectSameInt(const std::string &text) {
-    int wanted = 0;
-    std::sscanf(text.c_str(), "%d", &wanted);
-    ASSERT_EQ(ReadINT(text.c_str()), wanted) << "\"" << text << "\"";
+    ASSERT_EQ(ReadINT(text.c_str()), PlainINT(text)) << "\"" << text << "\"";
 }
 
 void ExpectSameDouble(const std::string &text) {
-    double wanted = 0;
-    std::sscanf(text.c_str(), "%le", &wanted);
+    const double wanted = PlainDBL(text);
     const double got = ReadDBL(text.c_str());
     ASSERT_EQ(std::memcmp(&got, &wanted, sizeof got), 0) << "\"" << text << "\" " << got << " " << wanted;
 }

@@ -1,5 +1,5 @@
 // Section readers without a stream: a section that holds no data lines.
-#include "capture.h"
+#include "tests/support/capture.h"
 
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
