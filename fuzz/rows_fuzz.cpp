@@ -170,13 +170,16 @@ void CheckNumbers(const std::string &text) {
 void CheckGrabbing(const std::string &text) {
     std::string plain = text;
     std::string line = text;
+    std::string whole = text; // by a cursor, which leaves the line as it is
     line += '\0';
+    char *cursor = &whole[0];
     for (int i = 0; i < 40; ++i) {
         const std::string wanted = PlainGrab(&plain, ',');
         const int found = wanted.empty() ? 0 : 1;
         char field[kNameBuffer];
         int number;
         double real;
+        Require(NextCHR(field, &cursor, ',') == found && wanted == field, "a cursor takes the same field");
         if (i % 3 == 0) {
             Require(GrabNextCHRFromCHR(field, &line[0], ',') == found && wanted == field, "a text field is taken");
         } else if (i % 3 == 1) {

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <vector>
 
 namespace {
@@ -56,20 +54,6 @@ TEST(FindNumber, InBlocksThatOverlapOrAreEmpty) {
     ExpectFinds({{}, {1, 5}, {}, {2, 5, 7}}, -1, 9, false);
     ExpectFinds({{3, 3, 3}, {3}}, 0, 5, false);
     ExpectFinds({{9}, {}, {1}}, 0, 10, false); // an empty block may keep others from being in order
-}
-
-TEST(FindNumber, InRandomBlocks) {
-    std::mt19937 random(8);
-    for (int run = 0; run < 2000 && !testing::Test::HasFatalFailure(); ++run) {
-        Blocks blocks(random() % 6);
-        for (auto &block : blocks) {
-            for (unsigned left = static_cast<unsigned>(random() % 9); left > 0; --left) {
-                block.push_back(static_cast<int>(random() % 30) - 3);
-            }
-            std::sort(block.begin(), block.end());
-        }
-        ExpectFinds(blocks, -5, 30, run % 2 == 0);
-    }
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 // The reader's line in hand.
 #include "tests/support/capture.h"
 #include "tests/support/fakesystem.h"
-#include "tests/support/plain/plain.h"
 
 #include "abaqus/abqline.h"
 
@@ -10,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -53,17 +51,6 @@ TEST(CompressLine, DropsTabsReturnsSemicolonsAndBackslashes) {
 TEST(CompressLine, KeepsTheOtherPrintableCharacters) {
     const std::string kept = "*+,-.=_'\"!#$%&()/:<>?@[]^`{|}~0123456789ABCXYZ\n";
     EXPECT_EQ(Compressed(kept), kept);
-}
-
-TEST(CompressLine, FollowsTheRuleOnRandomBytes) {
-    std::mt19937 random(7);
-    for (int run = 0; run < 30000; ++run) {
-        std::string text;
-        for (unsigned left = static_cast<unsigned>(random() % 50); left > 0; --left) {
-            text += random() % 8 == 0 ? '*' : static_cast<char>(1 + random() % 255);
-        }
-        ASSERT_EQ(Compressed(text), PlainCompressed(text));
-    }
 }
 
 // Lines of a deck --------------------------------------------------------------------------------------

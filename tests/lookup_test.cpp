@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <random>
 #include <vector>
 
 namespace {
@@ -94,27 +93,6 @@ TEST(LookupIndex, OfClusteredNumbers) {
         }
     }
     ExpectIndexAgrees(clusters, kIDParted);
-}
-
-TEST(LookupIndex, OfRandomLists) {
-    std::mt19937 random(5);
-    for (int run = 0; run < 600 && !HasFatalFailure(); ++run) {
-        const int n = 2 + static_cast<int>(random() % 400);
-        Ints list;
-        for (int i = 0; i < n; ++i) {
-            list.push_back(run % 3 == 0   ? static_cast<int>(random())
-                           : run % 3 == 1 ? static_cast<int>(random() % 1000)
-                                          : 17 + 2 * i);
-        }
-        std::sort(list.begin(), list.end());
-        if (run % 2 == 0) {
-            list.erase(std::unique(list.begin(), list.end()), list.end());
-        }
-        const bool repeated = std::adjacent_find(list.begin(), list.end()) != list.end();
-        const long long span = static_cast<long long>(list.back()) - list.front();
-        const bool dense = !repeated && span == static_cast<long long>(list.size()) - 1;
-        ExpectIndexAgrees(list, repeated ? kIDPlain : dense ? kIDConsecutive : kIDParted);
-    }
 }
 
 } // namespace

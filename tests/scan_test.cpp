@@ -89,57 +89,6 @@ TEST(Fields, ALongFieldIsTakenIn256CharactersAndItsRestIsTheNext) {
     EXPECT_EQ(GrabNextCHRFromCHR(field, line.Text(), ','), 0);
 }
 
-std::string RandomLine(std::mt19937 *random) {
-    static const char kCharacters[] = "0123456789,,, -+.eE\tAB";
-    std::string line;
-    const auto length = static_cast<unsigned>((*random)() % 5 == 0 ? (*random)() % 900 : (*random)() % 40);
-    const bool longFields = (*random)() % 2 == 0;
-    for (unsigned i = 0; i < length; ++i) {
-        const char c = kCharacters[(*random)() % (sizeof kCharacters - 1)];
-        line += longFields && c == ',' && (*random)() % 40 != 0 ? '7' : c;
-    }
-    return line;
-}
-
-TEST(Fields, EveryWayOfTakingThemFollowsTheRuleOnRandomLines) {
-    std::mt19937 random(1);
-    int longFields = 0;
-    for (int run = 0; run < 20000; ++run) {
-        const std::string text = RandomLine(&random);
-        std::string plain = text;
-        Line blanked(text), ints(text), doubles(text), cursorText(text), cursorInts(text), cursorDoubles(text);
-        for (int call = 0; call < 12; ++call) {
-            const std::string wanted = PlainGrab(&plain, ',');
-            const int found = wanted.empty() ? 0 : 1;
-            longFields += wanted.size() == 256 ? 1 : 0;
-            const int wantedInt = PlainINT(wanted);
-            const double wantedDouble = PlainDBL(wanted);
-
-            char field[kNameBuffer];
-            ASSERT_EQ(GrabNextCHRFromCHR(field, blanked.Text(), ','), found) << text;
-            ASSERT_EQ(field, wanted) << text;
-            ASSERT_EQ(blanked.Text(), plain) << text;
-            ASSERT_EQ(NextCHR(field, &cursorText.cursor, ','), found) << text;
-            ASSERT_EQ(field, wanted) << text;
-
-            int value;
-            ASSERT_EQ(GrabNextINTFromCHR(&value, ints.Text(), ','), found) << text;
-            ASSERT_EQ(value, wantedInt) << text;
-            ASSERT_EQ(ints.Text(), plain) << text;
-            ASSERT_EQ(NextINT(&value, &cursorInts.cursor, ','), found) << text;
-            ASSERT_EQ(value, wantedInt) << text;
-
-            double real;
-            ASSERT_EQ(GrabNextDBLFromCHR(&real, doubles.Text(), ','), found) << text;
-            ASSERT_EQ(real, wantedDouble) << text;
-            ASSERT_EQ(doubles.Text(), plain) << text;
-            ASSERT_EQ(NextDBL(&real, &cursorDoubles.cursor, ','), found) << text;
-            ASSERT_EQ(real, wantedDouble) << text;
-        }
-    }
-    EXPECT_GT(longFields, 100) << "fields of the greatest length must have been met";
-}
-
 // Numbers ----------------------------------------------------------------------------------------------
 
 void ExpectSameInt(const std::string &text) {

@@ -31,59 +31,38 @@ struct Element {
     int number;
 };
 
-// What no reader knows, and what every reader refuses: head and rows, separated by '|'.
-const Strings kUnknown = {"HEADING|A MODEL, MADE AT RANDOM|1, 2, 3",
-                          "NODEOUTPUT|U, RF",
-                          "NODEPRINT,NSET=ALL|U",
-                          "ELEMENTOUTPUT,ELSET=E1|S,",
-                          "MATERIAL,NAME=STEEL",
-                          "ELASTIC|210000., 0.3",
-                          "STEP",
-                          "STATIC|1., 1.",
-                          "SOLIDSECTION,ELSET=E1,MATERIAL=STEEL|,",
-                          "BOUNDARY|FIX, 1, 3|1, 1, 3, 0.",
-                          "SURFACEINTERACTION,NAME=I1|1.,",
-                          "NSETS,NSET=X|1, 2",
-                          "ENDSTEP",
-                          "ELCOPY,ELEMENTSHIFT=10",
-                          "NODEFILE|U",
-                          "RESTART,WRITE,|FREQUENCY=1",
-                          "PREPRINT,ECHO=NO,MODEL",
-                          "NODALTHICKNESS|1, 0.1|2, 0.1"};
-const Strings kRefused = {"NODE,SYSTEM=C|900001,1.,2.,3.",
-                          "NODE,INPUT=NODES.INP",
-                          "NODE,NSET=MYINPUTS|900002,1.,2.",
-                          "NODE,SYSTEM=R,INPUT=N",
-                          "NSET,GENERATE,NSET=G,ELSET=E|1,9",
-                          "NSET,INTERNAL,GENERATE,NSET=G|1,9",
-                          "ELSET,UNSORTED,INTERNAL,GENERATE,ELSET=G|1,9",
-                          "SURFACE,NAME=C,CROP,COMBINE=UNION|A,B",
-                          "SURFACE,NAME=C,SCALETHICK,NOOFFSET,MAXRATIO=2|1,S1",
-                          "SURFACE,NAME=C,REGIONTYPE=X,FILLETRADIUS=1,DEFINITION=COORDINATES",
-                          "ELEMENT,TYPE=S4R,ELSET=SHELL|900001,1,2,3,4|900002,1,2,3,4",
-                          "ELEMENT,TYPE=C3D8|900003,1,2,3,4,5,6,7,8",
-                          "ELEMENT,ELSET=NOTYPE|1,2,3",
-                          "ELEMENT,TYPE=C3D10M,ELSET=M",
-                          "ELEMENT,TYPE=,ELSET=M|1,2",
-                          "ELEMENT,TYPE=CPS3,ELSET=O,OFFSET=0.5|900004,1,2,3",
-                          "ELEMENT,TYPE=C3D4,FILE=F,INPUT=I",
-                          "ELEMENT,TYPE=C3D4,SOLIDELEMENTNUMBERING|900005,1,2,3,4",
-                          "NSET,NSET=RANGE,GENERATE|1,100,1",
-                          "NSET,NSET=ELSETNODES|1,2",
-                          "NSET,NSET=U,UNSORTED|3,2,1",
-                          "NSET,NSET=E,ELSET=E1",
-                          "NSET,INSTANCE=P-1,NSET=E,INTERNAL|1,2",
-                          "ELSET,ELSET=RANGE,GENERATE|1,100,1",
-                          "ELSET,ELSET=I,INTERNAL,INSTANCE=P-1|1,2,3",
-                          "SURFACE,TYPE=NODE,NAME=N|FIX,1.",
-                          "SURFACE,NAME=T,TYPE=",
-                          "SURFACE,NAME=C,COMBINE=UNION|A,B",
-                          "SURFACE,NAME=TRIMMED|1,S1",
-                          "SURFACE,TYPE=ELEMENT,NAME=N,NOTHICK,CROP|1,S1"};
+// What no reader knows, and what every reader refuses: sections of a head and rows.
+const char kUnknown[] = R"(
+HEADING|A MODEL, MADE AT RANDOM|1, 2, 3; NODEOUTPUT|U, RF; NODEPRINT,NSET=ALL|U; ELEMENTOUTPUT,ELSET=E1|S,; STEP;
+MATERIAL,NAME=STEEL; ELASTIC|210000., 0.3; STATIC|1., 1.; SOLIDSECTION,ELSET=E1,MATERIAL=STEEL|,; ENDSTEP; NODEFILE|U;
+BOUNDARY|FIX, 1, 3|1, 1, 3, 0.; SURFACEINTERACTION,NAME=I1|1.,; NSETS,NSET=X|1, 2; ELCOPY,ELEMENTSHIFT=10;
+RESTART,WRITE,|FREQUENCY=1; PREPRINT,ECHO=NO,MODEL; NODALTHICKNESS|1, 0.1|2, 0.1;)";
+const char kRefused[] = R"(
+NODE,SYSTEM=C|900001,1.,2.,3.; NODE,INPUT=NODES.INP; NODE,NSET=MYINPUTS|900002,1.,2.; NODE,SYSTEM=R,INPUT=N;
+NSET,GENERATE,NSET=G,ELSET=E|1,9; NSET,INTERNAL,GENERATE,NSET=G|1,9; NSET,NSET=RANGE,GENERATE|1,100,1;
+NSET,NSET=ELSETNODES|1,2; NSET,NSET=U,UNSORTED|3,2,1; NSET,NSET=E,ELSET=E1; NSET,INSTANCE=P-1,NSET=E,INTERNAL|1,2;
+ELSET,UNSORTED,INTERNAL,GENERATE,ELSET=G|1,9; ELSET,ELSET=RANGE,GENERATE|1,100,1;
+ELSET,ELSET=I,INTERNAL,INSTANCE=P-1|1,2,3; SURFACE,NAME=C,CROP,COMBINE=UNION|A,B; SURFACE,NAME=C,COMBINE=UNION|A,B;
+SURFACE,NAME=C,SCALETHICK,NOOFFSET,MAXRATIO=2|1,S1; SURFACE,TYPE=ELEMENT,NAME=N,NOTHICK,CROP|1,S1;
+SURFACE,NAME=C,REGIONTYPE=X,FILLETRADIUS=1,DEFINITION=COORDINATES; SURFACE,TYPE=NODE,NAME=N|FIX,1.;
+SURFACE,NAME=T,TYPE=; SURFACE,NAME=TRIMMED|1,S1; ELEMENT,ELSET=NOTYPE|1,2,3; ELEMENT,TYPE=C3D10M,ELSET=M;
+ELEMENT,TYPE=S4R,ELSET=SHELL|900001,1,2,3,4|900002,1,2,3,4; ELEMENT,TYPE=C3D8|900003,1,2,3,4,5,6,7,8;
+ELEMENT,TYPE=,ELSET=M|1,2; ELEMENT,TYPE=CPS3,ELSET=O,OFFSET=0.5|900004,1,2,3; ELEMENT,TYPE=C3D4,FILE=F,INPUT=I;
+ELEMENT,TYPE=C3D4,SOLIDELEMENTNUMBERING|900005,1,2,3,4;)";
 
 const std::map<std::size_t, Strings> kTypes = {
     {3, {"CPE3", "CPS3", "STRI3"}}, {6, {"CPE6", "CPS6", "STRI65"}}, {4, {"C3D4"}}, {10, {"C3D10"}}};
 constexpr int kEdges[6][2] = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}}; // the first three are a triangle's
+
+// The pieces that end in the mark.
+Strings Pieces(const std::string &text, char mark) {
+    Strings pieces;
+    for (std::size_t at = 0, end; (end = text.find(mark, at)) != std::string::npos; at = end + 1) {
+        at = text.find_first_not_of(" \n", at);
+        pieces.push_back(text.substr(at, end - at));
+    }
+    return pieces;
+}
 
 class Dice {
   public:
@@ -184,13 +163,11 @@ class Generator {
     }
 
     std::string Real(double number) {
+        static const char *const kFormats[] = {"%.17g", "%.10f", "%g",   "%.9E", "%+.15e", "%.40g",
+                                               "%.0f.", "%a",    "%gd2", "%.3e", "inf%g"};
         char text[400];
-        const char *format = digits_ == 0 || Rarely(0.2) ? "%.17g" : "%.*f";
-        std::snprintf(text, sizeof text, format == std::string("%.17g") ? "%.17g" : "%.10f", number);
-        if (Rarely(0.05)) {
-            const char *const kFormats[] = {"%g", "%.9E", "%+.15e", "%.40g", "%.0f.", "%a", "%gd2", "%.3e", "inf%g"};
-            std::snprintf(text, sizeof text, kFormats[dice_.Below(9)], number);
-        }
+        const int format = Rarely(0.05) ? dice_.Below(11) : digits_ == 0 || Rarely(0.2) ? 0 : 1;
+        std::snprintf(text, sizeof text, kFormats[format], number);
         std::string spelled = text;
         if (spelled.compare(0, 2, "0.") == 0 && dice_.Chance(0.2)) {
             spelled.erase(0, 1);
@@ -333,10 +310,8 @@ class Generator {
         for (const auto &part : parts) {
             const bool bSolid = !part.empty() ? part[0]->corners.size() == 4 : dice_.Chance(0.5);
             const bool bQuadratic = order == 2 ? dice_.Chance(0.5) : order == 1;
-            Section section{{"ELEMENT", "TYPE=" + dice_.Of(kTypes.at(bSolid       ? (bQuadratic ? 10 : 4)
-                                                                     : bQuadratic ? 6
-                                                                                  : 3))},
-                            {}};
+            const std::size_t nNodes = bSolid ? (bQuadratic ? 10 : 4) : (bQuadratic ? 6 : 3);
+            Section section{{"ELEMENT", "TYPE=" + dice_.Of(kTypes.at(nNodes))}, {}};
             if (!Rarely(0.1)) {
                 section.head.insert(section.head.begin() + dice_.From(1, 2), "ELSET=" + GroupName());
             }
@@ -457,13 +432,11 @@ class Generator {
             }
         }
         for (int n = dice_.Of({0, 0, 1, 3, 6}); n > 0; --n) {
-            const std::string line = dice_.Of(dice_.Chance(0.6) ? kUnknown : kRefused) + "|";
-            Section other;
-            for (std::size_t at = 0, end; (end = line.find('|', at)) != std::string::npos; at = end + 1) {
-                other.rows.push_back({line.substr(at, end - at)});
+            const Strings lines = Pieces(dice_.Of(Pieces(dice_.Chance(0.6) ? kUnknown : kRefused, ';')) + "|", '|');
+            Section other{{lines[0]}, {}};
+            for (std::size_t i = 1; i < lines.size(); ++i) {
+                other.rows.push_back({lines[i]});
             }
-            other.head = other.rows[0];
-            other.rows.erase(other.rows.begin());
             sections->push_back(other);
         }
     }
@@ -513,9 +486,8 @@ std::vector<Section> Generator::Make() {
 // Writes the sections in every way that must make no difference.
 class Speller {
   public:
-    Speller(Dice *dice, bool bWild) : dice_(*dice) {
+    Speller(Dice *dice, bool bWild) : dice_(*dice), letters_(dice_.Below(3)) {
         const Strings kBytes = {" ", "\t", ";", "\\", "\r", "\x0b", "\x01", "\x1b", "\x7f", "\x80", "\xe4", "\xff"};
-        letters_ = dice_.Below(3);
         blanks_ = dice_.Of({0.0, 0.05, 0.3});
         inside_ = bWild ? dice_.Of({0.0, 0.0, 0.02}) : 0.0;
         dropped_ = bWild && dice_.Chance(0.3) ? kBytes : Strings{" ", "  ", "\t", "     "};
