@@ -219,12 +219,11 @@ class Generator {
         for (int i = 0; i < nx * ny * std::max(nz, 1); ++i) {
             const int at = first + i % nx + i / nx % ny * steps[1] + i / nx / ny * steps[2];
             const int b = at + 1, c = at + 1 + steps[1], d = at + steps[1];
-            if (nz == 0 && dice_.Chance(0.5)) {
-                AddElement({at, b, c});
-                AddElement({at, c, d});
-            } else if (nz == 0) {
-                AddElement({at, b, d});
-                AddElement({b, c, d});
+            if (nz == 0) {
+                const bool bFalling = dice_.Chance(0.5);
+                elements_.push_back({{at, b, bFalling ? c : d}, {}, 0});
+                elements_.push_back({{bFalling ? at : b, c, d}, {}, 0});
+                continue;
             }
             Ints axes = {0, 1, 2};
             do { // three steps along the axes turn right-handed or left-handed
@@ -233,15 +232,9 @@ class Generator {
                     corners.push_back(corners.back() + steps[axis]);
                 }
                 std::swap(corners[1], corners[IsOdd(axes) ? 2 : 1]);
-                if (nz > 0) {
-                    AddElement(corners);
-                }
+                elements_.push_back({corners, {}, 0});
             } while (std::next_permutation(axes.begin(), axes.end()));
         }
-    }
-
-    void AddElement(const Ints &corners) {
-        elements_.push_back({corners, {}, 0});
     }
 
     int Middle(int a, int b) {
@@ -329,7 +322,8 @@ class Generator {
     // Node numbers, in the elements' rows and in sections of their own.
     void NumberNodes(const std::vector<std::vector<Element *>> &parts, std::vector<Section> *sections) {
         for (int extra = dice_.Of({0, 0, 1, 3}); extra > 0; --extra) {
-            Point(dice_.Between(-5, 5), dice_.Between(-5, 5), dice_.Between(-5, 5));
+            const double x = dice_.Between(-5, 5), y = dice_.Between(-5, 5);
+            Point(x, y, dice_.Between(-5, 5));
         }
         nodeNumbers_ = Numbers(static_cast<int>(points_.size()));
         for (std::size_t b = 0; b < parts.size(); ++b) {
