@@ -9,6 +9,7 @@
 #include "output/DumpKIVO.h"
 #include "output/DumpVTK.h"
 #include "store/COM.h"
+#include "store/sys.h"
 #include "translate/MeshAll.h"
 
 #include <algorithm>
@@ -59,6 +60,7 @@ void RunPhases(bool bVTK) {
     }
     std::printf("\n%s", kNoTime);
     FreeCOM();
+    ForgetColumnCounts(); // the next run is a fresh start
 }
 
 std::map<std::string, std::string> FilesOfRun() {
