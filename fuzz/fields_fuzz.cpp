@@ -1,6 +1,8 @@
 // Number fields against the C library, and text files with tiny buffers against a plain string.
-#include "fuzz/memorysystem.h"
 #include "fuzz/oracle.h"
+
+#include "tests/support/fakesystem.h"
+#include "tests/support/plain/plain.h"
 
 #include "output/DumpKIVO.h"
 #include "output/textout.h"
@@ -9,13 +11,6 @@
 #include <string>
 
 namespace {
-
-// What the C library's format gives for the value.
-template <class Value> std::string Formatted(const char *format, Value value) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
 
 // Calls lay(place) and compares what it laid with the wanted text.
 template <class Lay> void CheckField(const std::string &wanted, const char *rule, Lay lay) {
@@ -26,17 +21,17 @@ template <class Lay> void CheckField(const std::string &wanted, const char *rule
 }
 
 void CheckInt(int value, int width) {
-    CheckField(Formatted("%10d", value), "%10d", [=](char *at) { return FieldInt10(at, value); });
-    CheckField(Formatted("%5d", value), "%5d", [=](char *at) { return FieldInt5(at, value); });
-    char wide[64];
-    std::snprintf(wide, sizeof wide, "%*d", width, value);
-    CheckField(wide, "%*d", [=](char *at) { return FieldWide(at, value, width); });
+    CheckField(PlainField("%10d", value), "%10d", [=](char *at) { return FieldInt10(at, value); });
+    CheckField(PlainField("%5d", value), "%5d", [=](char *at) { return FieldInt5(at, value); });
+    const std::string wide = "%" + std::to_string(width) + "d";
+    CheckField(PlainField(width == 0 ? "%d" : wide.c_str(), value), "%*d",
+               [=](char *at) { return FieldWide(at, value, width); });
 }
 
 void CheckReal(double value) {
     for (int i = 0; i < 2; ++i) { // the second time it may come from what was made before
-        CheckField(Formatted("%24.15e", value), "%24.15e", [=](char *at) { return FieldReal24(at, value); });
-        CheckField(Formatted("%15.7e", value), "%15.7e", [=](char *at) { return FieldReal15(at, value); });
+        CheckField(PlainField("%24.15e", value), "%24.15e", [=](char *at) { return FieldReal24(at, value); });
+        CheckField(PlainField("%15.7e", value), "%15.7e", [=](char *at) { return FieldReal15(at, value); });
     }
 }
 
@@ -52,7 +47,7 @@ void PutRow(TextOut *out, int number, Bytes *in, std::string *wanted) {
     char *at = FieldInt10(RowBegin(out), number);
     at = FieldReal24(at, real);
     RowEnd(out, FieldBytes(at, "\n", 1));
-    *wanted += Formatted("%10d", number) + Formatted("%24.15e", real) + "\n";
+    *wanted += PlainField("%10d", number) + PlainField("%24.15e", real) + "\n";
 }
 
 // Rows that stand three times in the file, with words between them, made once.
@@ -90,9 +85,9 @@ void PutArrays(TextOut *out, Bytes *in, std::string *wanted) {
     for (int count = 2; count <= 3; ++count) {
         *wanted += count == 2 ? "    two = \n" : "    three = \n";
         for (int i = 0; i < n; ++i) {
-            *wanted += "        " + Formatted("%10d", i) + Formatted("%10d", count);
+            *wanted += "        " + PlainField("%10d", i) + PlainField("%10d", count);
             for (int k = 0; k < count; ++k) {
-                *wanted += Formatted("%10d", columns[k][i]);
+                *wanted += PlainField("%10d", columns[k][i]);
             }
             *wanted += "\n";
         }
@@ -100,7 +95,7 @@ void PutArrays(TextOut *out, Bytes *in, std::string *wanted) {
 }
 
 void CheckTextFile(Bytes *in) {
-    ResetSystem();
+    fake::Reset();
     const std::size_t blockSize = 1 + NextByte(in) % 100;
     TextOut out;
     std::string wanted;
@@ -122,8 +117,8 @@ void CheckTextFile(Bytes *in) {
         }
     }
     CloseText(&out);
-    Require(TheSystem()->files["file"] == wanted, "a file holds what was put into it");
-    Require(TheSystem()->held == 0 && TheSystem()->nOpen == 0 && !TextOutputFailed(), "a closed file leaves nothing");
+    Require(fake::GetFile("file") == wanted, "a file holds what was put into it");
+    Require(fake::BytesHeld() == 0 && fake::FilesOpen() == 0 && !TextOutputFailed(), "a closed file leaves nothing");
 }
 
 } // namespace

@@ -3,9 +3,11 @@
 // The first byte chooses the size of a read, the next two which lines are joined. In the text that follows, the
 // byte 0xfe stands for a run: the next byte, 40 times the byte after it. So a short input makes lines that pass
 // the limit.
-#include "fuzz/memorysystem.h"
 #include "fuzz/oracle.h"
-#include "fuzz/plain.h"
+
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
+#include "tests/support/plain/plain.h"
 
 #include "abaqus/abqline.h"
 
@@ -45,9 +47,9 @@ void CheckCompression(const std::string &text) {
 
 // The text's lines as they are, one after the other.
 void CheckPlainLines(const std::string &text, std::size_t readSize) {
-    ResetSystem();
-    TheSystem()->deck = text;
-    TheSystem()->readSize = readSize;
+    fake::Reset();
+    fake::PutFile("deck", text);
+    fake::ShortReads(readSize);
     LineSource stream;
     Require(OpenLines(&stream, "deck"), "a file that can be read is opened");
     PlainText plain{text, 0, 0};
@@ -74,78 +76,48 @@ void CheckParameters(const std::string &line) {
     }
 }
 
-std::string WithoutBlanks(const std::string &name) {
-    std::string kept;
-    for (const char c : name) {
-        kept += c == ' ' ? "" : std::string(1, c);
-    }
-    return kept;
-}
-
-// Two names, the halves of a line. Blanks count nowhere but at the end of the second.
+// Two names, the halves of a line.
 void CheckNames(const std::string &line) {
-    const std::size_t half = line.size() / 2;
-    const std::string a = line.substr(0, half);
-    const std::string b = line.substr(half);
+    const std::string a = line.substr(0, line.size() / 2);
+    const std::string b = line.substr(line.size() / 2);
     for (const std::string &second : {b, a, a + " ", " " + a}) {
-        const bool trailing = !second.empty() && second.back() == ' ';
-        const bool same = a.empty()                  ? second.empty()
-                          : WithoutBlanks(a).empty() ? second.empty()
-                                                     : !trailing && WithoutBlanks(a) == WithoutBlanks(second);
-        Require((AreNamesSame(a.c_str(), second.c_str()) == 1) == same, "names are compared without blanks");
+        Require((AreNamesSame(a.c_str(), second.c_str()) == 1) == PlainSame(a, second), "names are compared");
         for (int n = 0; n < 4; ++n) {
-            const std::string x = WithoutBlanks(a);
-            const std::string y = WithoutBlanks(second);
-            const auto length = static_cast<std::size_t>(n);
-            // For n = 0 the walk still compares before it counts: only an `a` of blanks agrees.
-            const bool agree = n == 0 ? x.empty() : x.size() >= length && x.substr(0, length) == y.substr(0, length);
-            Require((AreNamesSamn(a.c_str(), second.c_str(), n) == 1) == agree, "beginnings of names are compared");
+            Require((AreNamesSamn(a.c_str(), second.c_str(), n) == 1) == PlainSamn(a, second, n),
+                    "beginnings of names are compared");
         }
     }
 }
 
 // Takes lines one after the other; bits of `script` say which are joined with what follows them.
 std::string ReadLines(const std::string &text, std::size_t readSize, unsigned script, std::string *wantedLog) {
-    ResetSystem();
-    TheSystem()->deck = text;
-    TheSystem()->readSize = readSize;
-    char *log = nullptr;
-    std::size_t size = 0;
-    std::FILE *memory = open_memstream(&log, &size);
-    std::FILE *terminal = stdout;
+    fake::Reset();
+    fake::PutFile("deck", text);
+    fake::ShortReads(readSize);
     LineSource stream;
     Require(OpenLines(&stream, "deck"), "a file that can be read is opened");
     PlainText plain{text, 0, 0};
     PlainLine wanted{};
-    for (unsigned i = 0;; ++i) {
-        const bool more = PlainNextLogical(&plain, &wanted);
-        stdout = memory;
-        Require(ABQNextLine(&stream) == more, "lines end where the text ends");
+    std::string log;
+    bool more = true;
+    for (unsigned i = 0; more; ++i) {
+        more = PlainNextLogical(&plain, &wanted);
+        const bool joins = (script >> i % 16 & 1) != 0;
+        log += Printed([&] { Require(ABQNextLine(&stream) == more, "lines end where the text ends"); });
         Require(wanted.text == ABQLine(), "the line in hand is the next that is not empty");
-        if ((script >> i % 16 & 1) != 0) {
+        if (joins) {
             PlainJoin(&plain, &wanted);
-            ABQLinkContLines(&stream);
+            log += Printed([&] { ABQLinkContLines(&stream); });
         }
-        stdout = terminal;
         Require(wanted.text == ABQLine(), "lines that end in a comma are joined");
         Require(stream.nLines == plain.nLines, "physical lines are counted");
         *wantedLog += wanted.log;
-        if (!more) {
-            break;
-        }
-        if (i < 20) {
-            std::FILE *nowhere = stdout;
-            static std::FILE *sink = std::fopen("/dev/null", "w");
-            stdout = sink;
-            CheckParameters(wanted.text);
-            stdout = nowhere;
+        if (more && i < 20) {
+            Printed([&] { CheckParameters(wanted.text); });
         }
     }
     CloseLines(&stream);
-    std::fclose(memory);
-    const std::string got(log, size);
-    std::free(log);
-    return got;
+    return log;
 }
 
 } // namespace

@@ -4,9 +4,11 @@
 // section's text. It is read twice, row by row: as the program reads it (fast rows where they apply, cursors over
 // the line in hand elsewhere), and by the plain rules. Both must find the same rows, report the same, and end at
 // the same line.
-#include "fuzz/memorysystem.h"
 #include "fuzz/oracle.h"
-#include "fuzz/plain.h"
+
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
+#include "tests/support/plain/plain.h"
 
 #include "abaqus/abqline.h"
 #include "abaqus/abqrows.h"
@@ -104,23 +106,16 @@ void ReadFast(LineSource *stream, Kind kind, int n, Section *section) {
 }
 
 Section ReadByProgram(const std::string &text, std::size_t readSize, Kind kind, int n) {
-    ResetSystem();
-    TheSystem()->deck = text;
-    TheSystem()->readSize = readSize;
+    fake::Reset();
+    fake::PutFile("deck", text);
+    fake::ShortReads(readSize);
     Section section{};
-    char *log = nullptr;
-    std::size_t size = 0;
-    std::FILE *memory = open_memstream(&log, &size);
-    std::FILE *terminal = stdout;
-    stdout = memory;
-    LineSource stream;
-    Require(OpenLines(&stream, "deck"), "a file that can be read is opened");
-    ReadFast(&stream, kind, n, &section);
-    CloseLines(&stream);
-    stdout = terminal;
-    std::fclose(memory);
-    section.log.assign(log, size);
-    std::free(log);
+    section.log = Printed([&] {
+        LineSource stream;
+        Require(OpenLines(&stream, "deck"), "a file that can be read is opened");
+        ReadFast(&stream, kind, n, &section);
+        CloseLines(&stream);
+    });
     return section;
 }
 
@@ -175,13 +170,16 @@ void CheckNumbers(const std::string &text) {
 void CheckGrabbing(const std::string &text) {
     std::string plain = text;
     std::string line = text;
+    std::string whole = text; // by a cursor, which leaves the line as it is
     line += '\0';
+    char *cursor = &whole[0];
     for (int i = 0; i < 40; ++i) {
         const std::string wanted = PlainGrab(&plain, ',');
         const int found = wanted.empty() ? 0 : 1;
         char field[kNameBuffer];
         int number;
         double real;
+        Require(NextCHR(field, &cursor, ',') == found && wanted == field, "a cursor takes the same field");
         if (i % 3 == 0) {
             Require(GrabNextCHRFromCHR(field, &line[0], ',') == found && wanted == field, "a text field is taken");
         } else if (i % 3 == 1) {

@@ -1,6 +1,8 @@
 // Sorting and look-up against the standard library and the stated steps.
-#include "fuzz/memorysystem.h"
 #include "fuzz/oracle.h"
+
+#include "tests/support/fakesystem.h"
+#include "tests/support/plain/plain.h"
 
 #include "abaqus/abqfind.h"
 #include "support/frame.h"
@@ -9,12 +11,9 @@
 #include <algorithm>
 #include <climits>
 #include <numeric>
-#include <utility>
 #include <vector>
 
 namespace {
-
-using Ints = std::vector<int>;
 
 // Keys of many kinds: whole 32-bit numbers, small ones that repeat, steps from one to the next, extremes in turn.
 Ints TakeKeys(Bytes *in) {
@@ -47,55 +46,6 @@ Ints TakeKeys(Bytes *in) {
     return keys;
 }
 
-// The stated sort, with the ranges in recursion: split at the mean of smallest and largest key.
-void SortAsStated(Ints *a, Ints *b, long low, long high) {
-    while (high > low) {
-        const auto first = a->begin() + low;
-        const auto last = a->begin() + high + 1;
-        const long long least = *std::min_element(first, last);
-        const long long most = *std::max_element(first, last);
-        if (least == most) {
-            return;
-        }
-        long long pivot = (least + most) / 2;
-        pivot = pivot == most ? pivot - 1 : pivot;
-        long i = low;
-        long j = high;
-        for (;;) {
-            while (i <= high && (*a)[static_cast<std::size_t>(i)] <= pivot) {
-                ++i;
-            }
-            while (j > i && (*a)[static_cast<std::size_t>(j)] > pivot) {
-                --j;
-            }
-            if (i >= j) {
-                break;
-            }
-            std::swap((*a)[static_cast<std::size_t>(i)], (*a)[static_cast<std::size_t>(j)]);
-            std::swap((*b)[static_cast<std::size_t>(i)], (*b)[static_cast<std::size_t>(j)]);
-        }
-        SortAsStated(a, b, low, i - 1);
-        low = i;
-    }
-}
-
-// The stated look-up.
-int FindAsStated(const Ints &list, int id) {
-    long lo = 0;
-    long hi = static_cast<long>(list.size()) - 1;
-    while (hi - lo > 1) {
-        const long mid = (lo + hi) / 2;
-        (list[static_cast<std::size_t>(mid)] < id ? lo : hi) = mid;
-    }
-    if (hi < 0) {
-        return -1;
-    }
-    if (list[static_cast<std::size_t>(hi)] == id) {
-        return static_cast<int>(hi);
-    }
-    return list[static_cast<std::size_t>(lo)] == id ? static_cast<int>(lo) : -1;
-}
-
 void CheckSorts(const Ints &keys) {
     const int n = static_cast<int>(keys.size());
     Ints sorted = keys;
@@ -111,8 +61,7 @@ void CheckSorts(const Ints &keys) {
     Ints b = positions;
     SortByFirstArray2(n, a.data(), b.data());
     Ints statedA = keys;
-    Ints statedB = positions;
-    SortAsStated(&statedA, &statedB, 0, static_cast<long>(n) - 1);
+    const Ints statedB = PlainSort(&statedA);
     Require(statedA == sorted && a == sorted, "keys are sorted");
     Require(b == statedB, "companions end where the partition leaves them");
 
@@ -140,7 +89,7 @@ void CheckLookUp(const Ints &sorted, const Ints &wanted) {
     IDIndex index;
     BuildIDIndex(&index, n, sorted.data());
     for (const int id : wanted) {
-        const int stated = FindAsStated(sorted, id);
+        const int stated = PlainFind(sorted, id);
         Require(FindIDPositionInTheList(n, sorted.data(), id) == stated, "a number is found where the halving ends");
         Require(FindIDByIndex(&index, id) == stated, "the prepared look-up agrees");
         Require(GetLIDByGID(id, n, sorted.data(), companions.data()) == (stated < 0 ? -1 : 1000 + stated),
@@ -184,7 +133,7 @@ void CheckFinder(const Ints &keys, const Ints &wanted, Bytes *in) {
     for (const int id : wanted) {
         ABQPlace stated{-1, -1};
         for (std::size_t i = 0; i < blocks.size() && stated.block == -1; ++i) {
-            const int row = FindAsStated(blocks[i], id);
+            const int row = PlainFind(blocks[i], id);
             stated = row == -1 ? stated : ABQPlace{static_cast<int>(i), row};
         }
         const ABQPlace found = ABQFind(&finder, id);
@@ -196,8 +145,7 @@ void CheckFinder(const Ints &keys, const Ints &wanted, Bytes *in) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    ResetSystem();
-    TheSystem()->pattern = 0xa5;
+    fake::Reset();
     Bytes in{data, data + size};
     const Ints keys = TakeKeys(&in);
     CheckSorts(keys);
@@ -209,6 +157,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     CheckLookUp(sorted, wanted);
     CheckFinder(keys, wanted, &in);
     CheckFinder(sorted, wanted, &in);
-    Require(TheSystem()->held == 0, "all memory is given back");
+    Require(fake::BytesHeld() == 0, "all memory is given back");
     return 0;
 }

@@ -86,16 +86,15 @@ int **AllocINT2D(int **held, int columns, int n) {
 }
 
 int NextCapacity(int capacity) {
-    constexpr int kFirst = 100000;
-    constexpr int kLastDoubled = 1000000;
-    constexpr int kLargeStep = 1000000;
+    const int first = SystemFirstCapacity();
+    const int largeStep = 10 * first; // from here on a million more each time, where the first is 100000
     if (capacity == 0) {
-        return kFirst;
+        return first;
     }
-    if (capacity <= kLastDoubled) {
+    if (capacity <= largeStep) {
         return capacity * 2;
     }
-    return capacity > INT_MAX - kLargeStep ? INT_MAX : capacity + kLargeStep;
+    return capacity > INT_MAX - largeStep ? INT_MAX : capacity + largeStep;
 }
 
 void EndForTooMany() {

@@ -17,6 +17,8 @@ namespace {
 // on doubling a column copies it.
 constexpr int kMapThreshold = 64 * 1024;
 
+constexpr int kFirstCapacity = 100000; // most sections of a deck never grow a second time
+
 constexpr mode_t kNewFileMode = 0666; // the process's umask takes away from it, as for any new file
 
 void KeepDescriptorTaken(int file, int flags) {
@@ -38,6 +40,10 @@ void *SystemResize(void *held, std::uint64_t size) {
 
 void SystemRelease(void *held) {
     std::free(held);
+}
+
+int SystemFirstCapacity() {
+    return kFirstCapacity;
 }
 
 int SystemOpenToRead(const char *path) {

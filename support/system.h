@@ -18,6 +18,10 @@ void *SystemResize(void *held, std::uint64_t size);
 // Gives a block back; null is harmless.
 void SystemRelease(void *held);
 
+// Entries with which arrays of unknown final length begin (NextCapacity); above 0. 100000, where a test asks for no
+// other: small meshes cross every step of growth only when they begin small.
+int SystemFirstCapacity();
+
 // Files ------------------------------------------------------------------------------------------------
 // Each function leaves the reason of a failure in errno.
 

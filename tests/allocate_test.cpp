@@ -1,9 +1,11 @@
 // Obtaining, resizing and releasing memory, and what is said on shortage.
-#include "capture.h"
-#include "fakesystem.h"
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
 
 #include "support/frame.h"
 #include "support/system.h"
+
+#include <gtest/gtest.h>
 
 #include <climits>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The fake system does what the tests rely on: faults happen when they are asked for, and are counted.
-#include "fakesystem.h"
+#include "tests/support/fakesystem.h"
 
 #include "support/system.h"
 

@@ -1,18 +1,17 @@
 # Hostile decks, faults from outside, shortage of memory, and the replay of what the fuzz targets have found.
-include(${CMAKE_CURRENT_LIST_DIR}/../fuzz/targets.cmake)
+include(${PROJECT_SOURCE_DIR}/fuzz/targets.cmake)
 
-kivom_fuzz_core(kivom_memory_core)
-
-# replay_run, replay_rows, ...: each target over its seeds and finds, with whatever compiler is at hand.
+# replay_run, replay_rows, ...: each target over its seeds and finds and some inputs made at random, with whatever compiler is at hand.
 foreach(target ${KIVOM_FUZZ_TARGETS})
-  add_executable(replay_${target} ${KIVOM_FUZZ_DIR}/${target}_fuzz.cpp ${KIVOM_FUZZ_DIR}/replay_main.cpp)
-  target_link_libraries(replay_${target} PRIVATE kivom_memory_core)
+  add_executable(replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/${target}_fuzz.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
+  target_link_libraries(replay_${target} PRIVATE kivom_fakesystem)
   add_test(NAME replay.${target}
-    COMMAND replay_${target} ${KIVOM_FUZZ_DIR}/seeds/${target} ${KIVOM_FUZZ_DIR}/found/${target})
+    COMMAND replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/seeds/${target} ${PROJECT_SOURCE_DIR}/fuzz/found/${target}
+            --random 1500)
 endforeach()
 
 add_executable(alloc_test ${CMAKE_CURRENT_LIST_DIR}/faults/alloc_test.cpp)
-target_link_libraries(alloc_test PRIVATE kivom_memory_core)
+target_link_libraries(alloc_test PRIVATE kivom_fakesystem)
 add_test(NAME faults.memory COMMAND alloc_test)
 
 if(KIVOM_PYTHON)

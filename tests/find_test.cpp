@@ -1,12 +1,10 @@
 // Finding a number among all blocks.
 #include "abaqus/abqfind.h"
 
-#include "support/frame.h"
+#include "tests/support/plain/plain.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <vector>
 
 namespace {
@@ -14,9 +12,9 @@ namespace {
 using Blocks = std::vector<std::vector<int>>;
 
 // The rule: the first block in list order that holds the number, and the position there.
-ABQPlace PlainFind(const Blocks &blocks, int number) {
+ABQPlace FindPlace(const Blocks &blocks, int number) {
     for (std::size_t b = 0; b < blocks.size(); ++b) {
-        const int row = FindIDPositionInTheList(static_cast<int>(blocks[b].size()), blocks[b].data(), number);
+        const int row = PlainFind(blocks[b], number);
         if (row != -1) {
             return {static_cast<int>(b), row};
         }
@@ -35,7 +33,7 @@ void ExpectFinds(const Blocks &blocks, int lowest, int highest, bool backwards) 
     ABQBuildFinder(&finder, static_cast<int>(blocks.size()), columns.data(), counts.data());
     for (int i = lowest; i <= highest; ++i) {
         const int number = backwards ? highest - (i - lowest) : i;
-        const ABQPlace wanted = PlainFind(blocks, number);
+        const ABQPlace wanted = FindPlace(blocks, number);
         const ABQPlace found = ABQFind(&finder, number);
         ASSERT_EQ(found.block, wanted.block) << number;
         if (wanted.block != -1) {
@@ -56,20 +54,6 @@ TEST(FindNumber, InBlocksThatOverlapOrAreEmpty) {
     ExpectFinds({{}, {1, 5}, {}, {2, 5, 7}}, -1, 9, false);
     ExpectFinds({{3, 3, 3}, {3}}, 0, 5, false);
     ExpectFinds({{9}, {}, {1}}, 0, 10, false); // an empty block may keep others from being in order
-}
-
-TEST(FindNumber, InRandomBlocks) {
-    std::mt19937 random(8);
-    for (int run = 0; run < 2000 && !testing::Test::HasFatalFailure(); ++run) {
-        Blocks blocks(random() % 6);
-        for (auto &block : blocks) {
-            for (unsigned left = static_cast<unsigned>(random() % 9); left > 0; --left) {
-                block.push_back(static_cast<int>(random() % 30) - 3);
-            }
-            std::sort(block.begin(), block.end());
-        }
-        ExpectFinds(blocks, -5, 30, run % 2 == 0);
-    }
 }
 
 } // namespace

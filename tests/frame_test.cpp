@@ -1,7 +1,9 @@
 // Time stamps and stream buffers.
-#include "capture.h"
+#include "tests/support/capture.h"
 
 #include "support/frame.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>

@@ -3,7 +3,7 @@
 #include "abaqus/abqrecord.h"
 
 #include "store/COM.h"
-#include "tests/capture.h"
+#include "tests/support/capture.h"
 
 #include <gtest/gtest.h>
 

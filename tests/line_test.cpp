@@ -1,14 +1,14 @@
 // The reader's line in hand.
-#include "capture.h"
-#include "fakesystem.h"
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
 
 #include "abaqus/abqline.h"
 
 #include "support/lines.h"
 
-#include <cctype>
+#include <gtest/gtest.h>
+
 #include <cstring>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -51,32 +51,6 @@ TEST(CompressLine, DropsTabsReturnsSemicolonsAndBackslashes) {
 TEST(CompressLine, KeepsTheOtherPrintableCharacters) {
     const std::string kept = "*+,-.=_'\"!#$%&()/:<>?@[]^`{|}~0123456789ABCXYZ\n";
     EXPECT_EQ(Compressed(kept), kept);
-}
-
-// The rule word for word.
-std::string PlainCompress(std::string text) {
-    const std::size_t comment = text.find("**");
-    text = text.substr(0, comment);
-    std::string kept;
-    for (const char c : text) {
-        if (c >= 'a' && c <= 'z') {
-            kept += static_cast<char>(std::toupper(c));
-        } else if ((c >= '!' && c <= '~' && c != ';' && c != '\\') || c == '\n') {
-            kept += c;
-        }
-    }
-    return kept;
-}
-
-TEST(CompressLine, FollowsTheRuleOnRandomBytes) {
-    std::mt19937 random(7);
-    for (int run = 0; run < 30000; ++run) {
-        std::string text;
-        for (unsigned left = static_cast<unsigned>(random() % 50); left > 0; --left) {
-            text += random() % 8 == 0 ? '*' : static_cast<char>(1 + random() % 255);
-        }
-        ASSERT_EQ(Compressed(text), PlainCompress(text));
-    }
 }
 
 // Lines of a deck --------------------------------------------------------------------------------------

@@ -1,4 +1,6 @@
 // Finding numbers in sorted lists.
+#include "tests/support/plain/plain.h"
+
 #include "support/frame.h"
 #include "support/lookup.h"
 
@@ -6,37 +8,12 @@
 
 #include <algorithm>
 #include <climits>
-#include <random>
 #include <vector>
 
 namespace {
 
-using Ints = std::vector<int>;
-
 int Find(const Ints &list, int id) {
     return FindIDPositionInTheList(static_cast<int>(list.size()), list.data(), id);
-}
-
-// The stated narrowing, word for word.
-int PlainFind(const Ints &list, int id) {
-    int lo = 0;
-    int hi = static_cast<int>(list.size()) - 1;
-    const auto at = [&list](int i) { return list[static_cast<std::size_t>(i)]; };
-    while (hi - lo > 1) {
-        const int mid = (lo + hi) / 2;
-        if (at(mid) < id) {
-            lo = mid;
-        } else {
-            hi = mid;
-        }
-    }
-    if (hi < 0) {
-        return -1;
-    }
-    if (at(hi) == id) {
-        return hi;
-    }
-    return at(lo) == id ? lo : -1;
 }
 
 TEST(Lookup, FindsPositionsOrNothing) {
@@ -116,27 +93,6 @@ TEST(LookupIndex, OfClusteredNumbers) {
         }
     }
     ExpectIndexAgrees(clusters, kIDParted);
-}
-
-TEST(LookupIndex, OfRandomLists) {
-    std::mt19937 random(5);
-    for (int run = 0; run < 600 && !HasFatalFailure(); ++run) {
-        const int n = 2 + static_cast<int>(random() % 400);
-        Ints list;
-        for (int i = 0; i < n; ++i) {
-            list.push_back(run % 3 == 0   ? static_cast<int>(random())
-                           : run % 3 == 1 ? static_cast<int>(random() % 1000)
-                                          : 17 + 2 * i);
-        }
-        std::sort(list.begin(), list.end());
-        if (run % 2 == 0) {
-            list.erase(std::unique(list.begin(), list.end()), list.end());
-        }
-        const bool repeated = std::adjacent_find(list.begin(), list.end()) != list.end();
-        const long long span = static_cast<long long>(list.back()) - list.front();
-        const bool dense = !repeated && span == static_cast<long long>(list.size()) - 1;
-        ExpectIndexAgrees(list, repeated ? kIDPlain : dense ? kIDConsecutive : kIDParted);
-    }
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Node orders, face slots and face pieces, checked against the geometry they stand for: whole meshes go through the
 // translation, and what comes out is measured.
-#include "capture.h"
-#include "meshes.h"
+#include "tests/support/capture.h"
+#include "tests/support/meshes.h"
 
 #include "abaqus/LoadABQ.h"
 #include "translate/MeshAll.h"

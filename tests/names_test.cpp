@@ -1,4 +1,6 @@
 // Comparing names.
+#include "tests/support/plain/plain.h"
+
 #include "support/frame.h"
 
 #include <gtest/gtest.h>
@@ -48,52 +50,7 @@ TEST(Names, AreFoundAsPlainText) {
     EXPECT_EQ(Find("", "A"), 0);
 }
 
-// The rules word for word, over strings.
-int PlainSame(const std::string &a, const std::string &b) {
-    if (a.empty()) {
-        return b.empty() ? 1 : 0;
-    }
-    std::size_t at = 0;
-    for (const char c : a) {
-        if (c == ' ') {
-            continue;
-        }
-        while (at < b.size() && b[at] == ' ') {
-            ++at;
-        }
-        if (at == b.size() || b[at] != c) {
-            return 0;
-        }
-        ++at;
-    }
-    return at == b.size() ? 1 : 0;
-}
-
-int PlainSamn(const std::string &a, const std::string &b, int n) {
-    if (a.empty()) {
-        return n == 0 ? 1 : 0;
-    }
-    std::size_t at = 0;
-    int count = 0;
-    for (const char c : a) {
-        if (c == ' ') {
-            continue;
-        }
-        while (at < b.size() && b[at] == ' ') {
-            ++at;
-        }
-        if (at == b.size() || b[at] != c) {
-            return 0;
-        }
-        ++at;
-        if (++count == n) {
-            return 1;
-        }
-    }
-    return count == n ? 1 : 0;
-}
-
-int PlainFind(const std::string &text, const std::string &pattern) {
+int FindText(const std::string &text, const std::string &pattern) {
     return !pattern.empty() && text.find(pattern) != std::string::npos ? 1 : 0;
 }
 
@@ -106,10 +63,10 @@ TEST(Names, FollowTheRulesForAllShortNames) {
     }
     for (const std::string &a : names) {
         for (const std::string &b : names) {
-            ASSERT_EQ(AreNamesSame(a.c_str(), b.c_str()), PlainSame(a, b)) << "'" << a << "' '" << b << "'";
-            ASSERT_EQ(Find(a.c_str(), b.c_str()), PlainFind(a, b)) << "'" << a << "' '" << b << "'";
+            ASSERT_EQ(AreNamesSame(a.c_str(), b.c_str()) == 1, PlainSame(a, b)) << "'" << a << "' '" << b << "'";
+            ASSERT_EQ(Find(a.c_str(), b.c_str()), FindText(a, b)) << "'" << a << "' '" << b << "'";
             for (int n = 0; n <= 5; ++n) {
-                ASSERT_EQ(AreNamesSamn(a.c_str(), b.c_str(), n), PlainSamn(a, b, n))
+                ASSERT_EQ(AreNamesSamn(a.c_str(), b.c_str(), n) == 1, PlainSamn(a, b, n))
                     << "'" << a << "' '" << b << "' " << n;
             }
         }

@@ -1,6 +1,7 @@
 // Number fields, text files and the solver's mesh file.
-#include "capture.h"
-#include "meshes.h"
+#include "tests/support/capture.h"
+#include "tests/support/meshes.h"
+#include "tests/support/plain/plain.h"
 
 #include "output/DumpKIVO.h"
 #include "output/textout.h"
@@ -20,20 +21,14 @@ namespace {
 
 // Fields -----------------------------------------------------------------------------------------------
 
-template <class Value> std::string Formatted(const char *format, Value value) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
-
 template <class Lay> std::string Laid(Lay lay) {
     char text[64];
     return std::string(text, lay(text));
 }
 
 void ExpectReal(double value) {
-    ASSERT_EQ(Laid([value](char *at) { return FieldReal24(at, value); }), Formatted("%24.15e", value));
-    ASSERT_EQ(Laid([value](char *at) { return FieldReal15(at, value); }), Formatted("%15.7e", value));
+    ASSERT_EQ(Laid([value](char *at) { return FieldReal24(at, value); }), PlainField("%24.15e", value));
+    ASSERT_EQ(Laid([value](char *at) { return FieldReal15(at, value); }), PlainField("%15.7e", value));
 }
 
 double FromBits(std::uint64_t bits) {
@@ -127,8 +122,8 @@ TEST(Fields, OfWholeNumbers) {
         values.push_back(static_cast<int>(random() >> (random() % 32)));
     }
     for (const int value : values) {
-        ASSERT_EQ(Laid([value](char *at) { return FieldInt10(at, value); }), Formatted("%10d", value));
-        ASSERT_EQ(Laid([value](char *at) { return FieldInt5(at, value); }), Formatted("%5d", value));
+        ASSERT_EQ(Laid([value](char *at) { return FieldInt10(at, value); }), PlainField("%10d", value));
+        ASSERT_EQ(Laid([value](char *at) { return FieldInt5(at, value); }), PlainField("%5d", value));
     }
     for (const int width : {0, 1, 3, 11, 12, kMostField}) {
         for (const int value : {0, 7, -7, 12345, INT_MIN, INT_MAX}) {

@@ -9,10 +9,6 @@ endfunction()
 # Real decks.
 kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> --decks ${KIVOM_DECKS})
 
-# Decks made from random meshes whose right answer is known.
-kivom_python_test(model tests/model/run_model.py --program $<TARGET_FILE:KIVOm> --count 300 --seed 1 --vtk
-                  --work ${CMAKE_CURRENT_BINARY_DIR}/model)
-
 # Files read back with the VTK library and with meshio.
 kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
                   --examples ${CMAKE_SOURCE_DIR}/examples --cases ${CMAKE_SOURCE_DIR}/tests/cases
@@ -21,7 +17,6 @@ kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
 # What a build with sanitizers or counters cannot tell anything new about: the checks themselves, and speed (the
 # outputs of a small benchmark are right, and the number of instructions is the committed one).
 if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
-  kivom_python_test(model_itself tests/model/test_model.py)
   kivom_python_test(vtk_checks_themselves tests/vtk/test_check_vtk.py)
   kivom_python_test(vtk_runs_themselves tests/vtk/test_run_vtk_checks.py)
   if(KIVOM_BENCHMARKS)

@@ -1,9 +1,11 @@
 // A whole deck, read under bad conditions.
-#include "capture.h"
-#include "fakesystem.h"
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
 
 #include "abaqus/LoadABQ.h"
 #include "store/COM.h"
+
+#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstdio>

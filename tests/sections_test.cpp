@@ -1,6 +1,6 @@
 // Sections one by one: without a stream, and for a caller that makes no mesh of them.
-#include "capture.h"
-#include "fakesystem.h"
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
 
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"

@@ -1,11 +1,13 @@
 // The store's records, their growth, and the interface that fills them.
-#include "capture.h"
-#include "fakesystem.h"
+#include "tests/support/capture.h"
+#include "tests/support/fakesystem.h"
 
 #include "store/COM.h"
 #include "store/sys.h"
 
 #include "support/frame.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <string>

@@ -1,6 +1,6 @@
 // The translation, on meshes made in the store: among them what no deck can bring.
-#include "capture.h"
-#include "meshes.h"
+#include "tests/support/capture.h"
+#include "tests/support/meshes.h"
 
 #include "support/frame.h"
 #include "translate/MeshAll.h"

@@ -1,6 +1,6 @@
 // The legacy VTK files.
-#include "capture.h"
-#include "meshes.h"
+#include "tests/support/capture.h"
+#include "tests/support/meshes.h"
 
 #include "output/DumpVTK.h"
 

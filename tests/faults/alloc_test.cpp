@@ -6,14 +6,11 @@
 // printed, the process ends with status 1. In neither case is a file left that looks whole and is not.
 //
 // Each run is a process of its own, with files in memory that it writes to a folder as it ends.
-#include "fuzz/memorysystem.h"
+#include "tests/support/fakesystem.h"
+#include "tests/support/logmask.h"
+#include "tests/support/runs.h"
 
-#include "abaqus/LoadABQ.h"
-#include "output/DumpKIVO.h"
-#include "output/DumpVTK.h"
-#include "store/COM.h"
 #include "support/frame.h"
-#include "translate/MeshAll.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -90,12 +87,12 @@ std::string ReadFile(const fs::path &path) {
 
 void WriteWhatIsLeft() {
     std::fflush(stdout);
-    for (const auto &file : TheSystem()->files) {
-        std::ofstream("file." + file.first, std::ios::binary) << file.second;
+    for (const auto &[name, text] : FilesOfRun()) {
+        std::ofstream("file." + name, std::ios::binary) << text;
     }
-    const MemorySystem *system = TheSystem();
-    std::ofstream("requests") << system->nRequests << ' ' << system->nFailed << ' ' << system->bHeldFailed << ' '
-                              << system->failedSize;
+    const fake::Fault fault = fake::FirstAllocationFault();
+    std::ofstream("requests") << fake::Allocations() << ' ' << fake::AllocationFaults() << ' ' << fault.bHeld << ' '
+                              << fault.size;
 }
 
 [[noreturn]] void RunJob(const std::string &deck, const fs::path &folder, long failAt, long nFailing) {
@@ -104,32 +101,19 @@ void WriteWhatIsLeft() {
         std::_Exit(99);
     }
     std::atexit(WriteWhatIsLeft);
-    ResetSystem();
-    MemorySystem *system = TheSystem();
-    system->deck = deck;
-    system->readSize = 100;
-    system->pattern = 0xa5;
-    system->failAt = failAt;
-    system->nFailing = nFailing;
-    LoadABQ("deck.inp");
-    MeshAll();
-    DumpKIVO();
-    DumpVTK();
-    FreeCOM();
+    fake::Reset();
+    fake::PutFile("deck.inp", deck);
+    fake::ShortReads(100);
+    fake::GrowFrom(2);
+    if (nFailing > 0) {
+        fake::FailAllocation(failAt, nFailing);
+    }
+    RunPhases(true);
     EndIfContentsLost(); // as the driver does
     std::exit(0);
 }
 
 // The process that watches ----------------------------------------------------------------------------------
-
-// The log without the figures of the elapsed times.
-std::string MaskTimes(std::string log) {
-    const std::string words = "Elapsed Time: ";
-    for (std::size_t at = log.find(words); at != std::string::npos; at = log.find(words, at + 1)) {
-        log.erase(at + words.size(), log.find(' ', at + words.size()) - at - words.size());
-    }
-    return log;
-}
 
 Outcome RunInProcess(const std::string &deck, const fs::path &folder, long failAt, long nFailing) {
     fs::remove_all(folder);
@@ -142,7 +126,7 @@ Outcome RunInProcess(const std::string &deck, const fs::path &folder, long failA
     waitpid(child, &status, 0);
     Outcome outcome{};
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-    outcome.log = MaskTimes(ReadFile(folder / "log"));
+    outcome.log = MaskLog(ReadFile(folder / "log"));
     outcome.errors = ReadFile(folder / "errors");
     for (const auto &entry : fs::directory_iterator(folder)) {
         const std::string name = entry.path().filename().string();

@@ -1,5 +1,5 @@
-// A whole deck by the plain rules: its sections.
-#include "fuzz/plaindeck.h"
+// A whole deck: its sections, and the run from one end to the other.
+#include "tests/support/plain/deck.h"
 
 #include <algorithm>
 #include <climits>
@@ -141,8 +141,9 @@ void ReadSet(PlainDeck *deck, const char *parameter, const char *members, const 
 }
 
 void ReadSurface(PlainDeck *deck) {
-    std::vector<SurfaceEntry> entries;
-    deck->log += "  Reading Surface " + Parameter(deck, "NAME") + " ... ";
+    Surface surface;
+    surface.name = Parameter(deck, "NAME");
+    deck->log += "  Reading Surface " + surface.name + " ... ";
     if (Refused(deck, {"COMBINE", "CROP", "DEFINITION", "FILLETRADIUS", "INTERNAL", "REGIONTYPE", "TRIM", "MAXRATIO",
                        "NOOFFSET", "NOTHICK", "SCALETHICK"})) {
         return;
@@ -163,10 +164,10 @@ void ReadSurface(PlainDeck *deck) {
             deck->log += "\n  Error> Needed to read both ELSET name & Face/edge id label.\n";
             continue;
         }
-        entries.push_back({name, number > INT_MIN ? number - 1 : number});
+        surface.entries.push_back({name, number > INT_MIN ? number - 1 : number});
     }
-    deck->log += "done with " + std::to_string(entries.size()) + " elsets.\n";
-    deck->surfaces.push_back(entries);
+    deck->log += "done with " + std::to_string(surface.entries.size()) + " elsets.\n";
+    deck->surfaces.push_back(surface);
 }
 
 bool IsKeyword(const PlainDeck *deck, const char *keyword) {
@@ -192,7 +193,7 @@ void ReadSection(PlainDeck *deck) {
 
 } // namespace
 
-PlainResult ReadPlainDeck(const std::string &text) {
+PlainDeck PlainRead(const std::string &text) {
     PlainDeck deck{};
     deck.text = {text, 0, 0};
     while (Next(&deck)) {
@@ -200,12 +201,18 @@ PlainResult ReadPlainDeck(const std::string &text) {
             ReadSection(&deck);
         }
     }
-    PlainResolve(&deck);
-    PlainResult result{};
-    result.log = deck.log;
-    PlainTranslate(deck, &result);
-    result.nNodeGroups = static_cast<int>(deck.nodeSets.size());
-    result.nFaceGroups = static_cast<int>(deck.surfaces.size());
-    result.nCellGroups = static_cast<int>(deck.cellBlocks.size());
-    return result;
+    return deck;
+}
+
+bool PlainTranslate(const std::string &name, const std::string &deck, bool bVTK, const PlainPut &put,
+                    std::string *log) {
+    static const char kTime[] = "Elapsed Time: 0.000000 sec.\n";
+    PlainDeck read = PlainRead(deck);
+    PlainResolve(&read);
+    *log += "Reading Abaqus mesh from " + name + " ...\n" + read.log + kTime + "\nTranslating mesh ... \n";
+    const PlainMesh mesh = PlainMakeMesh(read, log);
+    *log += std::string(kTime) + "\nDumping files ...";
+    const bool dumped = PlainDump(read, mesh, bVTK, put, log);
+    *log += dumped ? std::string("\n") + kTime : "";
+    return dumped;
 }

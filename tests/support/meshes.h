@@ -1,8 +1,8 @@
 // Small meshes made in the store by hand, and what became of them.
-#ifndef KIVOM_TESTS_MESHES_H
-#define KIVOM_TESTS_MESHES_H
+#ifndef KIVOM_TESTS_SUPPORT_MESHES_H
+#define KIVOM_TESTS_SUPPORT_MESHES_H
 
-#include "fakesystem.h"
+#include "tests/support/fakesystem.h"
 
 #include "store/COM.h"
 

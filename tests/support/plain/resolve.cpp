@@ -1,53 +1,26 @@
-// A whole deck by the plain rules: order, look-ups, tags.
-#include "fuzz/plaindeck.h"
+// A whole deck: order, look-ups, tags.
+#include "tests/support/plain/deck.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <numeric>
-#include <utility>
 
 namespace {
 
-// The stated sort of rows: the order in which they end.
-void OrderRange(Ints *keys, Ints *rows, long low, long high) {
-    while (high > low) {
-        const auto bounds = std::minmax_element(keys->begin() + low, keys->begin() + high + 1);
-        const long long most = *bounds.second;
-        if (*bounds.first == most) {
-            return;
-        }
-        long long pivot = (*bounds.first + most) / 2;
-        pivot = pivot == most ? pivot - 1 : pivot;
-        long i = low;
-        long j = high;
-        for (;;) {
-            while ((*keys)[static_cast<std::size_t>(i)] <= pivot) {
-                ++i;
-            }
-            while (j > i && (*keys)[static_cast<std::size_t>(j)] > pivot) {
-                --j;
-            }
-            if (i >= j) {
-                break;
-            }
-            std::swap((*keys)[static_cast<std::size_t>(i)], (*keys)[static_cast<std::size_t>(j)]);
-            std::swap((*rows)[static_cast<std::size_t>(i)], (*rows)[static_cast<std::size_t>(j)]);
-        }
-        OrderRange(keys, rows, low, i - 1);
-        low = i;
-    }
-}
-
+// Empty blocks keep their places, the others change theirs among themselves.
 template <class Block> void ExchangeBlocks(std::vector<Block> *blocks) {
-    for (std::size_t a = 0; a < blocks->size(); ++a) {
-        for (std::size_t b = a + 1; b < blocks->size(); ++b) {
-            Block &first = (*blocks)[a];
-            Block &second = (*blocks)[b];
-            if (!first.numbers.empty() && !second.numbers.empty() && first.numbers[0] > second.numbers[0]) {
-                std::swap(first, second);
-            }
+    Ints firsts;
+    std::vector<std::size_t> places;
+    for (std::size_t b = 0; b < blocks->size(); ++b) {
+        if (!(*blocks)[b].numbers.empty()) {
+            firsts.push_back((*blocks)[b].numbers[0]);
+            places.push_back(b);
         }
+    }
+    const std::vector<Block> before = *blocks;
+    const Ints order = PlainExchange(firsts);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        (*blocks)[places[i]] = before[places[static_cast<std::size_t>(order[i])]];
     }
 }
 
@@ -103,35 +76,13 @@ void TagEntry(PlainDeck *deck, const SurfaceEntry &entry, int tag) {
             return;
         }
     }
-    const long number = std::strtol(entry.name.c_str(), nullptr, 10);
+    const long number = std::strtol(entry.name.c_str(), nullptr, 10); // as it stands: 0 without digits
     if (number >= INT_MIN && number <= INT_MAX) {
         TagElement(deck, static_cast<int>(number), entry.row, tag);
     }
 }
 
 } // namespace
-
-Ints PlainSortKeys(Ints *keys) {
-    Ints rows(keys->size());
-    std::iota(rows.begin(), rows.end(), 0);
-    OrderRange(keys, &rows, 0, static_cast<long>(keys->size()) - 1);
-    return rows;
-}
-
-int PlainFind(const Ints &list, int id) {
-    long lo = 0;
-    long hi = static_cast<long>(list.size()) - 1;
-    while (hi - lo > 1) {
-        const long mid = (lo + hi) / 2;
-        (list[static_cast<std::size_t>(mid)] < id ? lo : hi) = mid;
-    }
-    if (hi < 0) {
-        return -1;
-    }
-    return list[static_cast<std::size_t>(hi)] == id   ? static_cast<int>(hi)
-           : list[static_cast<std::size_t>(lo)] == id ? static_cast<int>(lo)
-                                                      : -1;
-}
 
 void PlainResolve(PlainDeck *deck) {
     OrderDeck(deck);
@@ -141,7 +92,7 @@ void PlainResolve(PlainDeck *deck) {
         }
     }
     for (std::size_t s = 0; s < deck->surfaces.size(); ++s) {
-        for (const SurfaceEntry &entry : deck->surfaces[s]) {
+        for (const SurfaceEntry &entry : deck->surfaces[s].entries) {
             TagEntry(deck, entry, static_cast<int>(s) + 1);
         }
     }

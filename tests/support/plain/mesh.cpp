@@ -1,30 +1,11 @@
-// A whole deck by the plain rules: the mesh, and the lists of the file.
-#include "fuzz/plaindeck.h"
+// A whole deck: the mesh.
+#include "tests/support/plain/deck.h"
 
 #include <cmath>
-#include <cstdio>
 #include <set>
 #include <utility>
 
 namespace {
-
-struct Cell {
-    int type, tag;
-    Ints nodes;    // store order
-    Ints faceTags; // by store slot
-    bool bLoose;   // of a group that is cut loose
-};
-
-struct Face {
-    int tag;
-    Ints nodes;
-};
-
-struct PlainMesh {
-    std::vector<Node> nodes;
-    std::vector<Cell> cells;
-    std::vector<Face> faces;
-};
 
 // The tag whose cells a block's name cuts loose: that of the store's newest group of the name, the last in the list.
 bool IsCutLoose(const PlainDeck &deck, std::size_t block) {
@@ -42,7 +23,7 @@ bool IsCutLoose(const PlainDeck &deck, std::size_t block) {
 Cell MakeCell(const CellBlock &block, std::size_t row, const Ints &numbers, long long *nMissing) {
     const Ints slots = block.type <= 4 ? Ints{2, 0, 1} : Ints{3, 2, 0, 1}; // of face labels 1, 2, ...
     const Ints order = {0, 3, 1, 4, 2, 5};                                 // of a 6-node triangle
-    Cell cell{block.type, 0, {}, Ints(slots.size()), false};
+    Cell cell{block.type, 0, {}, Ints(slots.size())};
     for (std::size_t k = 0; k < block.nNodes; ++k) {
         const std::size_t from = block.type == 4 ? static_cast<std::size_t>(order[k]) : k;
         cell.nodes.push_back(PlainFind(numbers, block.conn[row][from]));
@@ -54,7 +35,7 @@ Cell MakeCell(const CellBlock &block, std::size_t row, const Ints &numbers, long
     return cell;
 }
 
-PlainMesh MakeMesh(const PlainDeck &deck, PlainResult *result) {
+PlainMesh Connect(const PlainDeck &deck, long long *nMissing) {
     PlainMesh mesh;
     Ints numbers;
     for (const NodeBlock &block : deck.nodeBlocks) {
@@ -64,11 +45,10 @@ PlainMesh MakeMesh(const PlainDeck &deck, PlainResult *result) {
     PlainSortRows(&numbers, &mesh.nodes);
     for (std::size_t b = 0; b < deck.cellBlocks.size(); ++b) {
         const CellBlock &block = deck.cellBlocks[b];
-        result->nDim = block.type <= 4 ? 2 : 3;
+        mesh.nDim = block.type <= 4 ? 2 : 3;
         for (std::size_t i = 0; i < block.conn.size(); ++i) {
-            mesh.cells.push_back(MakeCell(block, i, numbers, &result->nMissing));
+            mesh.cells.push_back(MakeCell(block, i, numbers, nMissing));
             mesh.cells.back().tag = static_cast<int>(b) + 1;
-            mesh.cells.back().bLoose = IsCutLoose(deck, b);
         }
     }
     return mesh;
@@ -107,27 +87,6 @@ void Turn(Cell *cell) {
     }
     std::swap(cell->faceTags[1], cell->faceTags[2]);
 }
-
-std::string Field(const char *format, int value) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, value);
-    return text;
-}
-
-std::string Field(double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%24.15e", value);
-    return text;
-}
-
-std::string RealLine(const char *key, double value) {
-    return std::string("    ") + key + " = " + Field(value) + "\n";
-}
-
-// Shortest and longest edge, smallest altitude.
-struct Lengths {
-    double least = 1e15, most = 0, altitude = 1e15;
-};
 
 double Altitude(const Node &p, const Node &q, const Node &r) {
     double ex = r.x - q.x;
@@ -178,43 +137,27 @@ void MeasureCell(const PlainMesh &mesh, const Cell &cell, Lengths *lengths) {
     lengths->altitude = smallest < lengths->altitude ? smallest : lengths->altitude;
 }
 
-// The cell groups as the file has them, the last block's first, and the lengths of the whole mesh in file and log.
-void MeasureGroups(const PlainDeck &deck, const PlainMesh &mesh, PlainResult *result) {
-    Lengths all;
-    std::string groups;
-    for (std::size_t b = deck.cellBlocks.size(); b > 0; --b) {
-        Lengths own;
-        for (const Cell &cell : mesh.cells) {
-            if (cell.tag == static_cast<int>(b)) {
-                MeasureCell(mesh, cell, &own);
-            }
-        }
-        char tag[32];
-        std::snprintf(tag, sizeof tag, "%10d", static_cast<int>(b));
-        const std::string &name = deck.cellBlocks[b - 1].name;
-        groups += "  <Cell Group> " + name + "\n    CellTag = " + tag + "\n" +
-                  RealLine("Minimum_Edge_Length  ", own.least) + RealLine("Maximum_Edge_Length  ", own.most) +
-                  RealLine("Characteristic_length", own.altitude) + "  </Cell Group> " + name + "\n";
+void MeasureGroups(const PlainDeck &deck, PlainMesh *mesh) {
+    mesh->groupLengths.resize(deck.cellBlocks.size());
+    for (const Cell &cell : mesh->cells) {
+        MeasureCell(*mesh, cell, &mesh->groupLengths[static_cast<std::size_t>(cell.tag) - 1]);
+    }
+    for (const Lengths &own : mesh->groupLengths) {
+        Lengths &all = mesh->lengths;
         all.least = own.least < all.least ? own.least : all.least;
         all.most = own.most > all.most ? own.most : all.most;
         all.altitude = own.altitude < all.altitude ? own.altitude : all.altitude;
     }
-    result->lists.push_back(groups + "</Groups>\n\n");
-    if (result->nDim != 0) {
-        result->lists.push_back(RealLine("Minimum Edge Charac", all.altitude) +
-                                RealLine("Minimum Edge Length", all.least) + RealLine("Maximum Edge Length", all.most));
-    }
-    char text[200];
-    std::snprintf(text, sizeof text,
-                  "    Maximum edge length   = %e\n    Minimum edge length   = %e\n    Characteristic length = %e\n",
-                  all.most, all.least, all.altitude);
-    result->summaryLengths = text;
 }
 
-void CutLoose(PlainMesh *mesh) {
+void CutLoose(const PlainDeck &deck, PlainMesh *mesh) {
+    std::vector<bool> loose;
+    for (std::size_t b = 0; b < deck.cellBlocks.size(); ++b) {
+        loose.push_back(IsCutLoose(deck, b));
+    }
     for (Cell &cell : mesh->cells) {
         for (int &node : cell.nodes) {
-            if (cell.bLoose && node != -1) {
+            if (loose[static_cast<std::size_t>(cell.tag) - 1] && node != -1) {
                 mesh->nodes.push_back(Node(mesh->nodes[static_cast<std::size_t>(node)]));
                 node = static_cast<int>(mesh->nodes.size()) - 1;
             }
@@ -243,7 +186,7 @@ void MakeFaces(PlainMesh *mesh) {
                 continue;
             }
             for (const Ints &piece : FacePieces(cell.type)[slot]) {
-                Face face{cell.faceTags[slot], {}};
+                Face face{piece.size() == 2 ? 31 : 32, cell.faceTags[slot], {}};
                 for (const int column : piece) {
                     face.nodes.push_back(cell.nodes[static_cast<std::size_t>(column)]);
                 }
@@ -279,64 +222,44 @@ void DropUnused(PlainMesh *mesh) {
     }
 }
 
-std::string PositionList(const PlainMesh &mesh, int nDim) {
-    std::string list = "    Current_Positions = \n";
-    for (std::size_t i = 0; i < mesh.nodes.size(); ++i) {
-        const Node &node = mesh.nodes[i];
-        list += "        " + Field("%10d", static_cast<int>(i)) + Field(node.x) + Field(node.y) +
-                (nDim == 3 ? Field(node.z) : "") + "\n";
-    }
-    return list + "    Previous_Positions = \n";
-}
-
-template <class Entry> std::string ConnectivityList(const char *key, const std::vector<Entry> &entries) {
-    std::string list = std::string("    ") + key + " = \n";
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        list += " " + Field("%10d", static_cast<int>(i)) + Field("%5d", static_cast<int>(entries[i].nodes.size()));
-        for (const int node : entries[i].nodes) {
-            list += Field("%10d", node);
-        }
-        list += "\n";
-    }
-    return list;
-}
-
-template <class Entry> std::string ScalarList(const char *key, const std::vector<Entry> &entries, int Entry::*value) {
-    std::string list = std::string("    ") + key + " = ";
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        list += (i % 10 == 0 ? "\n        " : "") + Field("%10d", entries[i].*value);
-    }
-    return list + "\n";
+void Summarize(const PlainDeck &deck, const PlainMesh &mesh, std::string *log) {
+    const auto count = [log](const char *key, std::size_t n) {
+        *log += std::string("    Number of ") + key + " = " + std::to_string(n) + "\n";
+    };
+    *log += "  Mesh summary:\n";
+    count("dimensions ", static_cast<std::size_t>(mesh.nDim));
+    count("nodes      ", mesh.nodes.size());
+    count("elements   ", mesh.cells.size());
+    count("node groups", deck.nodeSets.size());
+    count("face groups", deck.surfaces.size());
+    count("cell groups", deck.cellBlocks.size());
+    *log += PlainField("    Maximum edge length   = %e\n", mesh.lengths.most) +
+            PlainField("    Minimum edge length   = %e\n", mesh.lengths.least) +
+            PlainField("    Characteristic length = %e\n", mesh.lengths.altitude);
 }
 
 } // namespace
 
-void PlainTranslate(const PlainDeck &deck, PlainResult *result) {
-    PlainMesh mesh = MakeMesh(deck, result);
+PlainMesh PlainMakeMesh(const PlainDeck &deck, std::string *log) {
+    long long nMissing = 0;
+    PlainMesh mesh = Connect(deck, &nMissing);
+    if (nMissing > 0) {
+        *log += "\n  Error> " + std::to_string(nMissing) + " references of elements name no node of the deck.\n";
+    }
+    int nTurned = 0;
     for (Cell &cell : mesh.cells) {
         if (RunsTheWrongWay(mesh, cell)) {
             Turn(&cell);
-            ++result->nCorrected;
+            ++nTurned;
         }
     }
-    MeasureGroups(deck, mesh, result);
-    CutLoose(&mesh);
+    if (nTurned > 0) {
+        *log += "  Numbering order of " + std::to_string(nTurned) + " elements has been corrected.\n";
+    }
+    MeasureGroups(deck, &mesh);
+    CutLoose(deck, &mesh);
     MakeFaces(&mesh);
     DropUnused(&mesh);
-    result->nNodes = static_cast<long long>(mesh.nodes.size());
-    result->nFaces = static_cast<long long>(mesh.faces.size());
-    result->nCells = static_cast<long long>(mesh.cells.size());
-    if (result->nDim != 0) {
-        result->lists.push_back(PositionList(mesh, result->nDim));
-        result->lists.push_back(ScalarList("Node_Tag", mesh.nodes, &Node::tag));
-    }
-    if (!mesh.faces.empty()) {
-        result->lists.push_back(ConnectivityList("Face_To_Node", mesh.faces) +
-                                ScalarList("Face_Tag", mesh.faces, &Face::tag));
-    }
-    if (!mesh.cells.empty()) {
-        result->lists.push_back(ConnectivityList("Cell_To_Node", mesh.cells) +
-                                ScalarList("Cell_Type", mesh.cells, &Cell::type) +
-                                ScalarList("Cell_Tag", mesh.cells, &Cell::tag));
-    }
+    Summarize(deck, mesh, log);
+    return mesh;
 }

@@ -1,10 +1,12 @@
 // Memory and files that fail on demand.
-#include "fakesystem.h"
+#include "tests/support/fakesystem.h"
 
 #include "support/system.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -12,6 +14,7 @@
 
 namespace {
 
+constexpr int kUsualCapacity = 100000; // the program's own
 constexpr int kFirstDescriptor = 1000; // no real one: a slip into the system's own files shows at once
 
 struct OpenFile {
@@ -20,10 +23,14 @@ struct OpenFile {
 };
 
 struct State {
-    long failOnce = 0;
     long failFrom = 0;
+    long failTo = 0; // this call is the first to succeed again
+    int firstCapacity = kUsualCapacity;
+    unsigned char fresh = fake::kFreshByte;
+    std::uint64_t mostHeld = ~std::uint64_t{0};
     std::vector<std::uint64_t> sizes;
     long allocationFaults = 0;
+    fake::Fault firstFault{};
 
     std::map<std::string, std::string> files;
     std::map<std::string, int> refused;
@@ -51,9 +58,31 @@ std::unordered_map<void *, std::uint64_t> &Blocks() {
     return *blocks;
 }
 
-bool MustFail(std::uint64_t size) {
+std::uint64_t bytesHeld = 0;
+
+// Ends the process where the program misuses the system.
+void Demand(bool holds, const char *rule) {
+    if (!holds) {
+        std::fprintf(stderr, "\nbroken rule: %s\n", rule);
+        std::abort();
+    }
+}
+
+bool MustFail(const void *held, std::uint64_t size) {
     const long call = static_cast<long>(The().sizes.size());
-    return size > fake::kMostBytes || call == The().failOnce || (The().failFrom > 0 && call >= The().failFrom);
+    if (size <= fake::kMostBytes && (call < The().failFrom || call >= The().failTo)) {
+        return false;
+    }
+    if (The().allocationFaults++ == 0) {
+        The().firstFault = {held != nullptr, size};
+    }
+    return true;
+}
+
+OpenFile *FileOf(int file) {
+    const auto found = The().open.find(file);
+    Demand(found != The().open.end(), "files are used between their opening and their closing");
+    return &found->second;
 }
 
 int Open(const std::string &name) {
@@ -72,14 +101,9 @@ bool IsRefused(const std::string &name) {
 
 // Stores as much of the text at that place as the disk still takes.
 bool Store(int file, const char *from, std::size_t size, std::size_t place) {
-    const auto found = The().open.find(file);
-    if (found == The().open.end()) {
-        errno = EBADF;
-        return false;
-    }
     const bool fits = The().writable < 0 || size <= static_cast<std::size_t>(The().writable);
     const std::size_t taken = fits ? size : static_cast<std::size_t>(The().writable);
-    std::string &text = The().files[found->second.name];
+    std::string &text = The().files[FileOf(file)->name];
     text.resize(std::max(text.size(), place + taken), '\0');
     std::copy(from, from + taken, text.begin() + static_cast<std::ptrdiff_t>(place));
     if (The().writable >= 0) {
@@ -100,12 +124,33 @@ void Reset() {
     The() = State{};
 }
 
-void FailAllocation(long n) {
-    The().failOnce = Allocations() + n;
+void FailAllocation(long n, long count) {
+    The().failFrom = Allocations() + n;
+    The().failTo = The().failFrom + count;
 }
 
 void FailAllocationsFrom(long n) {
-    The().failFrom = Allocations() + n;
+    FailAllocation(n, LONG_MAX / 2);
+}
+
+void GrowFrom(int first) {
+    The().firstCapacity = first;
+}
+
+void FillFreshWith(unsigned char byte) {
+    The().fresh = byte;
+}
+
+void LimitMemory(std::uint64_t most) {
+    The().mostHeld = most;
+}
+
+Fault FirstAllocationFault() {
+    return The().firstFault;
+}
+
+std::uint64_t BytesHeld() {
+    return bytesHeld;
 }
 
 long Allocations() {
@@ -191,36 +236,41 @@ long FilesOpen() {
 } // namespace fake
 
 void *SystemResize(void *held, std::uint64_t size) {
+    Demand(size > 0, "no block of 0 bytes is asked for");
     The().sizes.push_back(size);
-    if (MustFail(size)) {
-        ++The().allocationFaults;
+    if (MustFail(held, size)) {
         return nullptr;
     }
-    void *block = std::malloc(size);
-    if (block == nullptr) {
-        std::abort(); // the test asks for more than the machine has
-    }
+    auto *block = static_cast<char *>(std::malloc(size));
+    Demand(block != nullptr, "a test asks for no more than the machine has");
     std::uint64_t kept = 0;
     if (held != nullptr) {
         const auto found = Blocks().find(held);
-        if (found == Blocks().end()) {
-            std::abort(); // no block of ours
-        }
+        Demand(found != Blocks().end(), "only blocks that are held are resized");
         kept = std::min(size, found->second);
         std::memcpy(block, held, kept);
-        std::free(held);
-        Blocks().erase(found);
     }
-    std::memset(static_cast<char *>(block) + kept, fake::kFreshByte, size - kept);
+    std::memset(block + kept, The().fresh, size - kept);
+    SystemRelease(held);
     Blocks()[block] = size;
+    bytesHeld += size;
+    Demand(bytesHeld <= The().mostHeld, "memory is in proportion to the deck");
     return block;
 }
 
 void SystemRelease(void *held) {
-    if (held != nullptr && Blocks().erase(held) != 1) {
-        std::abort(); // no block of ours, or given back twice
+    if (held == nullptr) {
+        return;
     }
+    const auto found = Blocks().find(held);
+    Demand(found != Blocks().end(), "only blocks that are held are given back, and once");
+    bytesHeld -= found->second;
+    Blocks().erase(found);
     std::free(held);
+}
+
+int SystemFirstCapacity() {
+    return The().firstCapacity;
 }
 
 int SystemOpenToRead(const char *path) {
@@ -244,14 +294,9 @@ int SystemOpenToWrite(const char *path) {
 
 std::ptrdiff_t SystemRead(int file, char *to, std::size_t size) {
     ++The().reads;
-    const auto found = The().open.find(file);
-    if (found == The().open.end()) {
-        errno = EBADF;
-        return -1;
-    }
-    const std::string &text = The().files[found->second.name];
-    std::size_t &at = found->second.at;
-    std::size_t got = std::min(size, text.size() - at);
+    OpenFile *open = FileOf(file);
+    const std::string &text = The().files[open->name];
+    std::size_t got = std::min(size, text.size() - open->at);
     got = The().mostRead > 0 ? std::min(got, The().mostRead) : got;
     if (The().readable >= 0) {
         got = std::min(got, static_cast<std::size_t>(The().readable));
@@ -262,50 +307,43 @@ std::ptrdiff_t SystemRead(int file, char *to, std::size_t size) {
         }
         The().readable -= static_cast<long>(got);
     }
-    text.copy(to, got, at);
-    at += got;
+    text.copy(to, got, open->at);
+    open->at += got;
     return static_cast<std::ptrdiff_t>(got);
 }
 
 bool SystemWrite(int file, const char *from, std::size_t size) {
-    const auto found = The().open.find(file);
-    const bool stored = Store(file, from, size, found == The().open.end() ? 0 : found->second.at);
-    if (stored) {
-        found->second.at += size;
-    }
+    const bool stored = Store(file, from, size, FileOf(file)->at);
+    FileOf(file)->at += stored ? size : 0;
     return stored;
 }
 
-bool SystemCanSeek(int) {
+bool SystemCanSeek(int file) {
+    FileOf(file);
     return The().canSeek;
 }
 
 bool SystemWriteAt(int file, const char *from, std::size_t size, std::int64_t offset) {
+    Demand(The().canSeek && offset >= 0, "files that cannot seek are written in order");
     return Store(file, from, size, static_cast<std::size_t>(offset));
 }
 
 bool SystemSkip(int file, std::int64_t distance) {
-    const auto found = The().open.find(file);
-    if (found == The().open.end() || !The().canSeek) {
-        errno = ESPIPE;
-        return false;
-    }
-    found->second.at += static_cast<std::size_t>(distance);
+    Demand(The().canSeek && distance >= 0, "files that cannot seek are written in order");
+    FileOf(file)->at += static_cast<std::size_t>(distance);
     return true;
 }
 
 void SystemCut(int file, std::int64_t size) {
-    const auto found = The().open.find(file);
-    if (found != The().open.end() && The().canSeek) {
-        The().files[found->second.name].resize(static_cast<std::size_t>(size), '\0');
+    Demand(The().writeFaults > 0, "a file is cut only after a failure");
+    if (The().canSeek) {
+        The().files[FileOf(file)->name].resize(static_cast<std::size_t>(size), '\0');
     }
 }
 
 bool SystemClose(int file) {
-    if (The().open.erase(file) != 1) {
-        errno = EBADF;
-        return false;
-    }
+    FileOf(file);
+    The().open.erase(file);
     if (The().closeReason != 0) {
         ++The().closeFaults;
         errno = The().closeReason;
