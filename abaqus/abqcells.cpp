@@ -34,7 +34,11 @@ constexpr ElementType kElementTypes[] = {
 
 constexpr bool AllCanBeRead() {
     for (const ElementType &known : kElementTypes) {
-        if (FamilyOf(known.type) == nullptr || FamilyOf(known.type)->deck.i1MapC2N == nullptr) {
+        bool found = false;
+        for (const ElementFamily &family : kFamilies) {
+            found = found || (family.type == known.type && family.deck.bKnown);
+        }
+        if (!found) {
             return false;
         }
     }

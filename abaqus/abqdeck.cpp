@@ -1,6 +1,7 @@
 // The deck in hand: making and releasing its records, and what to do when it cannot be read.
 #include "abaqus/abqdeck.h"
 
+#include "abaqus/abqcolumns.h"
 #include "abaqus/abqrecord.h"
 
 #include "store/families.h"
@@ -78,6 +79,7 @@ void ABQReleaseCellColumns(ABQCellBlock *block) {
 }
 
 void ABQReleaseDeck() {
+    ABQReleaseSpareColumns();
     ReleaseList(&deck->nodeBlocks, ABQReleaseNodeColumns);
     ReleaseList(&deck->cellBlocks, ABQReleaseCellColumns);
     const auto releaseSet = [](ABQSet *set) { set->numbers = AllocINT1D(set->numbers, 0); };

@@ -12,7 +12,7 @@ namespace {
 // The family of a block that a deck can hold, or null.
 const ElementFamily *FamilyOfBlock(const ABQCellBlock *block) {
     const ElementFamily *family = FamilyOf(block->type);
-    return family != nullptr && family->deck.i1MapC2N != nullptr ? family : nullptr;
+    return family != nullptr && family->deck.bKnown ? family : nullptr;
 }
 
 int LargestNodeCount(const ABQCellBlock *block) {

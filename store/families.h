@@ -11,8 +11,9 @@
 
 #include <cstddef>
 
-// The order of nodes and faces in the deck. Null: no deck can hold the family.
+// The order of nodes and faces in the deck.
 struct DeckOrder {
+    bool bKnown;         // a deck can hold the family; else there are no maps
     const int *i1MapC2N; // [nNodes] store node k is deck node i1MapC2N[k]
     const int *i1MapCFT; // [faces] deck face label row k (S1 is row 0) is store face slot i1MapCFT[k]
 };
@@ -156,13 +157,13 @@ constexpr ElementFamily OnlyDrawn(int type, const char *name, VTKForm vtk) {
 //
 // ORDER: ascending by code.
 inline constexpr ElementFamily kFamilies[] = {
-    {kTRI3, "TRI3", 2, 3, 1, false, {i1MapC2NTRI3, i1MapCFTTRI3}, {3, {0, 1, 2}}, {1, {{1, 2}}, {1, 2}},
+    {kTRI3, "TRI3", 2, 3, 1, false, {true, i1MapC2NTRI3, i1MapCFTTRI3}, {3, {0, 1, 2}}, {1, {{1, 2}}, {1, 2}},
      {TableOf(i2MapEdgeTRI3), kS1D2, TableOf(kLinePieces)},      { 5,  3, i1MapCellTRI3}}, // triangle
-    {kTRI6, "TRI6", 2, 6, 4, true, {i1MapC2NTRI6, i1MapCFTTRI6}, {3, {0, 2, 4}}, {2, {{2, 4}, {1, 5}}, {1, 2}},
+    {kTRI6, "TRI6", 2, 6, 4, true, {true, i1MapC2NTRI6, i1MapCFTTRI6}, {3, {0, 2, 4}}, {2, {{2, 4}, {1, 5}}, {1, 2}},
      {TableOf(i2MapEdgeTRI6), kS1D2, TableOf(kHalfPieces)},      {22,  6, i1MapCellTRI6}}, // quadratic triangle
-    {kTET4, "TET4", 3, 4, 1, false, {i1MapC2NTET4, i1MapCFTTET4}, {4, {0, 1, 2, 3}}, {1, {{1, 2}}, {1, 2}},
+    {kTET4, "TET4", 3, 4, 1, false, {true, i1MapC2NTET4, i1MapCFTTET4}, {4, {0, 1, 2, 3}}, {1, {{1, 2}}, {1, 2}},
      {TableOf(i2MapFaceTET4), kS2D3, TableOf(kTrianglePieces)},  {10,  4, i1MapCellTET4}}, // tetra
-    {kTETX, "TETX", 3, 10, 8, true, {i1MapC2NTETX, i1MapCFTTETX}, {4, {0, 1, 2, 3}}, {3, {{1, 2}, {4, 6}, {8, 9}}, {1, 2}},
+    {kTETX, "TETX", 3, 10, 8, true, {true, i1MapC2NTETX, i1MapCFTTETX}, {4, {0, 1, 2, 3}}, {3, {{1, 2}, {4, 6}, {8, 9}}, {1, 2}},
      {TableOf(i2MapFaceTETX), kS2D3, TableOf(kQuadraticPieces)}, {24, 10, i1MapCellTETX}}, // quadratic tetra
     OnlyDrawn(kTRI7, "TRI7", {22, 6, i1MapCellTRI7}), // quadratic triangle
     OnlyDrawn(kC1D6, "C1D6", { 7, 6, i1MapCellC1D6}), // polygon
@@ -237,7 +238,7 @@ constexpr bool AreRowsBelow(const int (*rows)[kLength], int nRows, int rowLength
 
 constexpr bool IsFamilySound(const ElementFamily &family) {
     const FaceRows &faces = family.faces;
-    if (family.deck.i1MapC2N != nullptr &&
+    if (family.deck.bKnown &&
         !(family.nDim > 0 && faces.slots.nRows > 0 && IsPermutation(family.deck.i1MapC2N, family.nNodes) &&
           IsPermutation(family.deck.i1MapCFT, faces.slots.nRows))) {
         return false;
