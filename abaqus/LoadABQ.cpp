@@ -17,67 +17,40 @@ struct Section {
     void (*read)(LineSource *stream);
 };
 
-// In the order in which they are sought. Each stands with a comma behind it: "*NODE" then matches neither
-// "*NODEOUTPUT" nor "*NODEPRINT".
+// In the order in which they are sought.
 constexpr Section kSections[] = {
-    {"*NODE,", [](LineSource *stream) { ReadNodes(stream, &ABQDeck()->nodeBlocks); }},
-    {"*ELEMENT,", [](LineSource *stream) { ReadCells(stream, &ABQDeck()->cellBlocks); }},
-    {"*NSET,", [](LineSource *stream) { ReadNodeSets(stream, &ABQDeck()->nodeSets); }},
-    {"*ELSET,", [](LineSource *stream) { ReadCellSets(stream, &ABQDeck()->cellSets); }},
-    {"*SURFACE,", [](LineSource *stream) { ReadSurfaces(stream, &ABQDeck()->surfaces); }},
+    {"*NODE", [](LineSource *stream) { ReadNodes(stream, &ABQDeck()->nodeBlocks); }},
+    {"*ELEMENT", [](LineSource *stream) { ReadCells(stream, &ABQDeck()->cellBlocks); }},
+    {"*NSET", [](LineSource *stream) { ReadNodeSets(stream, &ABQDeck()->nodeSets); }},
+    {"*ELSET", [](LineSource *stream) { ReadCellSets(stream, &ABQDeck()->cellSets); }},
+    {"*SURFACE", [](LineSource *stream) { ReadSurfaces(stream, &ABQDeck()->surfaces); }},
 };
 
+// True when the text holds the keyword with a comma or the text's end behind it: "*NODE" stands in neither
+// "*NODEOUTPUT" nor "*NODEPRINT".
+bool HoldsKeyword(const char *text, const char *keyword) {
+    const std::size_t length = std::strlen(keyword);
+    while ((text = std::strstr(text, keyword)) != nullptr) {
+        if (text[length] == ',' || text[length] == '\0') {
+            return true;
+        }
+        ++text;
+    }
+    return false;
+}
+
 // The section that the keyword line in hand begins, or null for a keyword of no interest. The keyword may stand
-// anywhere on the line; the line counts with a comma appended.
+// anywhere on the line.
 const Section *SectionInHand() {
-    char *end = ABQLine() + std::strlen(ABQLine());
-    end[0] = ','; // the buffer keeps room for it
-    end[1] = '\0';
-    const Section *found = nullptr;
     for (const Section &section : kSections) {
-        if (Find(ABQLine(), section.keyword) != 0) {
-            found = &section;
-            break;
+        if (HoldsKeyword(ABQLine(), section.keyword)) {
+            return &section;
         }
     }
-    end[0] = '\0';
-    return found;
+    return nullptr;
 }
 
-// Reads the section whose keyword line is in hand. A keyword of no interest is dropped, and its data lines with
-// it: they begin no keyword line.
-void ReadSection(LineSource *stream) {
-    const Section *section = SectionInHand();
-    if (section != nullptr) {
-        section->read(stream);
-    } else {
-        ABQDropLine();
-    }
-}
-
-void ReadDeck(LineSource *stream) {
-    while (ABQNextLine(stream)) {
-        while (ABQAtKeyword()) {
-            ABQLinkContLines(stream);
-            ReadSection(stream);
-        }
-    }
-}
-
-void SortSetNumbers(ABQSet *set) {
-    for (; set != nullptr; set = set->next) {
-        BinarySort(set->count, set->numbers);
-    }
-}
-
-void OrderAndNumber() {
-    ABQOrderNodeBlocks(ABQDeck()->nodeBlocks);
-    ABQOrderCellBlocks(ABQDeck()->cellBlocks);
-    SortSetNumbers(ABQDeck()->nodeSets);
-    SortSetNumbers(ABQDeck()->cellSets);
-    ABQNumberRecords();
-}
-
+// From the records to the store.
 void HandOver() {
     COM_ArchnDim(ABQDeck()->nDim);
     ABQ2COM_Node();
@@ -87,23 +60,57 @@ void HandOver() {
 
 } // namespace
 
-void LoadABQ(const char *filename) {
-    ABQMakeDeck(filename);
-    LineSource stream;
-    if (!OpenLines(&stream, ABQDeckName())) {
-        ABQEndUnreadable();
+bool ABQOpenDeck(LineSource *stream, const char *path) {
+    ABQMakeDeck(path);
+    ABQDropLine();
+    if (OpenLines(stream, ABQDeckName())) {
+        return true;
     }
-    std::printf("Reading Abaqus mesh from %s ...\n", ABQDeckName());
-    ReadDeck(&stream);
-    CloseLines(&stream);
-    ABQReleaseSpareColumns();
+    ABQReleaseDeck();
+    return false;
+}
 
-    OrderAndNumber();
+bool ABQFindSection(LineSource *stream) {
+    while (!ABQAtKeyword()) {
+        if (!ABQNextLine(stream)) {
+            return false;
+        }
+    }
+    ABQLinkContLines(stream);
+    return true;
+}
+
+void ABQReadSection(LineSource *stream) {
+    const Section *section = SectionInHand();
+    if (section != nullptr) {
+        section->read(stream);
+    } else {
+        ABQDropLine();
+    }
+}
+
+void ABQResolveDeck() {
+    ABQOrderDeck();
+    ABQNumberRecords();
     ABQ_AssignSystDim();
     ABQ_AssignCellMap();
     ABQTagNodes();
     ABQ_SetCellFaceTagByGID();
-    HandOver();
+}
 
+void LoadABQ(const char *filename) {
+    LineSource stream;
+    if (!ABQOpenDeck(&stream, filename)) {
+        ABQEndUnreadable();
+    }
+    std::printf("Reading Abaqus mesh from %s ...\n", ABQDeckName());
+    while (ABQFindSection(&stream)) {
+        ABQReadSection(&stream);
+    }
+    CloseLines(&stream);
+    ABQReleaseSpareColumns();
+
+    ABQResolveDeck();
+    HandOver();
     ABQReleaseDeck();
 }

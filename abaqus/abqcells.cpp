@@ -97,6 +97,7 @@ const ElementType *ParseType(char *name) {
 
 void ReadCells(LineSource *stream, ABQCellBlock **list) {
     auto *block = ABQNewRecord<ABQCellBlock>();
+    block->nLine = ABQLineNumber();
     if (ABQParseLabel(block->name, "ELSET") == 0) {
         std::printf("  Warning> Cannot find ELSET name for Cells.\n");
     }

@@ -49,7 +49,7 @@ void ABQEndUnreadable() {
 }
 
 void ABQRequireReadable(const LineSource *stream) {
-    if (stream->bFailed) {
+    if (stream->bFailed && (deck == nullptr || !deck->bReadOn)) {
         ABQEndUnreadable();
     }
 }

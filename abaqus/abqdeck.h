@@ -10,6 +10,7 @@ constexpr int kRecordName = 260;
 // One *NODE section.
 struct ABQNodeBlock {
     ABQNodeBlock *next;
+    long long nLine;        // line of the deck at which the section's keyword line begins, from 1
     char name[kRecordName]; // value of NSET; empty when absent
     int count, capacity;    // nodes read; length of the columns
     int *i1Tag;             // [count] tag of each node; absent until the sets are resolved
@@ -20,6 +21,7 @@ struct ABQNodeBlock {
 // One *ELEMENT section.
 struct ABQCellBlock {
     ABQCellBlock *next;
+    long long nLine;        // likewise
     char name[kRecordName]; // value of ELSET; empty when absent
     int type;               // type code of the store; -1 until known
     int tag;                // -1 until numbered; the tag of every element of the block
@@ -35,6 +37,7 @@ struct ABQCellBlock {
 // One *NSET or *ELSET section.
 struct ABQSet {
     ABQSet *next;
+    long long nLine;
     char name[kRecordName];
     int count, capacity;
     int tag;      // node sets: -1 until numbered
@@ -44,6 +47,7 @@ struct ABQSet {
 // One *SURFACE section.
 struct ABQSurface {
     ABQSurface *next;
+    long long nLine;
     char name[kRecordName];
     int count, capacity;
     int tag;          // -1 until numbered
@@ -59,9 +63,43 @@ struct ABQModel {
     ABQCellBlock *cellBlocks;
     ABQSet *cellSets;
     ABQSet *nodeSets;
+    bool bReadOn; // a deck that cannot be read to its end counts as ended there; else the process ends
 };
 
-// The deck in hand (abqdeck.cpp): LoadABQ makes and releases it, one per process; the steps after reading work on it.
+// The whole way from a deck to its records (LoadABQ.cpp), for LoadABQ and for a caller that reads a deck without making
+// a mesh of it. In this order:
+//
+//     LineSource stream;
+//     if (!ABQOpenDeck(&stream, path)) ...       // no deck is in hand then
+//     ABQDeck()->bReadOn = true;                 // unless the process may end where reading fails
+//     while (ABQFindSection(&stream)) {          // ABQLine, ABQLineNumber, ABQLineOffset tell of its keyword line
+//         ABQReadSection(&stream);               // stream.nLines and BytesTaken tell how far the deck is used up
+//     }
+//     ... stream.bFailed ...                     // true: the deck could not be read to its end
+//     CloseLines(&stream);
+//     ABQResolveDeck();
+//     ... the records of ABQDeck() ...
+//     ABQReleaseDeck();
+//
+// All of it reports on standard output, as the log of a run shows it.
+
+// Makes the deck of that path the one in hand and opens it. False, and nothing held, when it cannot be opened or read.
+bool ABQOpenDeck(LineSource *stream, const char *path);
+
+// Makes the next keyword line, whole, the line in hand; data lines before it are passed over. False at the end of the
+// deck.
+bool ABQFindSection(LineSource *stream);
+
+// Reads the section whose keyword line is in hand. Its record, if it is not refused, is the first of its list then.
+// The line in hand is the first that the section did not use: one that ABQFindSection counts with. A keyword of no
+// interest is dropped, and its data lines are passed over.
+void ABQReadSection(LineSource *stream);
+
+// Orders the records, numbers them, and turns sets and surfaces into tags of nodes and faces.
+void ABQResolveDeck();
+
+// The deck in hand (abqdeck.cpp): one per process, made and released with its records; the steps after reading work
+// on it.
 ABQModel *ABQMakeDeck(const char *filename);
 ABQModel *ABQDeck();
 const char *ABQDeckName();
@@ -88,9 +126,8 @@ void ReadNodeSets(LineSource *stream, ABQSet **list);     // abqsets.cpp
 void ReadCellSets(LineSource *stream, ABQSet **list);     // abqsets.cpp
 void ReadSurfaces(LineSource *stream, ABQSurface **list); // abqsurfaces.cpp
 
-// Ordering (abqorder.cpp): rows by number inside each block, blocks by their first number.
-void ABQOrderNodeBlocks(ABQNodeBlock *list);
-void ABQOrderCellBlocks(ABQCellBlock *list);
+// Ordering (abqorder.cpp): rows by number inside each block, blocks by their first number, numbers inside each set.
+void ABQOrderDeck();
 
 // Sorts the rows of one node block by number; the other columns follow. Among equal numbers the order is that of
 // SortByFirstArray2. An absent column (null) is passed over.

@@ -82,10 +82,12 @@ void CompressEnd(Compressor *line) {
 }
 
 // The line in hand. c1inpbuff holds it as it is used; the flags tell of the logical line it stands for.
-char c1inpbuff[kLineBuffer + 1]; // room for a comma behind the longest line (see LoadABQ.cpp)
+char c1inpbuff[kLineBuffer];
 int lineLength = 0;
-bool bContinues = false; // its last physical line ended in a comma (which may itself have been dropped)
-bool bCut = false;       // it passed the limit: what follows of it is dropped
+long long lineNumber = 0; // of its first physical line
+long long lineOffset = 0; // bytes of the deck before it
+bool bContinues = false;  // its last physical line ended in a comma (which may itself have been dropped)
+bool bCut = false;        // it passed the limit: what follows of it is dropped
 
 // Appends the next physical line to the line in hand, unless that has passed the limit. False at the end of the
 // deck. *empty tells that the line compressed to nothing: it then changed nothing.
@@ -93,6 +95,7 @@ bool AppendPhysicalLine(LineSource *stream, bool *empty) {
     const char *begin;
     const char *end;
     bool last;
+    const long long offset = BytesTaken(stream);
     if (!NextPiece(stream, &begin, &end, &last)) {
         ABQRequireReadable(stream);
         return false;
@@ -111,6 +114,10 @@ bool AppendPhysicalLine(LineSource *stream, bool *empty) {
     if (*empty) {
         return true;
     }
+    if (first) {
+        lineNumber = stream->nLines;
+        lineOffset = offset;
+    }
     bContinues = line.lastKept == ',';
     if (line.bOver && !bCut) {
         const long long number = stream->nLines;
@@ -125,14 +132,13 @@ bool AppendPhysicalLine(LineSource *stream, bool *empty) {
     return true;
 }
 
-// The place behind the first `name` that is followed by "=", or null.
+// The place behind the first `name` that is followed by "=", or null. An empty name stands everywhere, also at the end.
 const char *BehindKey(const char *text, const char *name) {
     const std::size_t length = std::strlen(name);
-    while ((text = std::strstr(text, name)) != nullptr) {
+    for (; (text = std::strstr(text, name)) != nullptr && *text != '\0'; ++text) {
         if (text[length] == '=') {
             return text + length + 1;
         }
-        ++text;
     }
     return nullptr;
 }
@@ -150,6 +156,14 @@ int ABQCompressLine(char *line) {
 
 char *ABQLine() {
     return c1inpbuff;
+}
+
+long long ABQLineNumber() {
+    return lineNumber;
+}
+
+long long ABQLineOffset() {
+    return lineOffset;
 }
 
 void ABQDropLine() {

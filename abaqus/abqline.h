@@ -15,12 +15,12 @@ constexpr int kLineLength = kLineBuffer - 1;
 // bytes above "~", turns lower case into upper case. Returns the new length.
 int ABQCompressLine(char *line);
 
-// The line in hand, terminated, at the same place at every call. Writable, with room for one more character
-// behind the longest line: the scanning functions blank separators in it.
+// The line in hand, terminated, at the same place at every call. Writable: the scanning functions blank separators
+// in it.
 char *ABQLine();
 
-// The two functions below read the deck; when that fails they end the process as for a deck that cannot be opened
-// (abqdeck.h, ABQEndUnreadable). A null stream is at its end.
+// The two functions below read the deck; when that fails the deck in hand decides (abqdeck.h, bReadOn) whether the
+// process ends as for a deck that cannot be opened or the deck counts as ended there. A null stream is at its end.
 
 // Replaces the line in hand by the next line that is not empty after compression: true. At the end of the
 // deck the line in hand is left empty: false.
@@ -29,6 +29,11 @@ bool ABQNextLine(LineSource *stream);
 // Joins continuation lines onto the line in hand while it ends in a comma. Lines that compress to nothing are
 // passed over. A null stream joins nothing.
 void ABQLinkContLines(LineSource *stream);
+
+// Where the line in hand begins in the deck: the number of its first physical line, from 1, and the bytes before it.
+// Of no meaning while the line in hand is empty.
+long long ABQLineNumber();
+long long ABQLineOffset();
 
 // Empties the line in hand.
 void ABQDropLine();

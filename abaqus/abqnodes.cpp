@@ -60,6 +60,7 @@ void ReadRows(LineSource *stream, ABQColumns *rows) {
 
 void ReadNodes(LineSource *stream, ABQNodeBlock **list) {
     auto *block = ABQNewRecord<ABQNodeBlock>();
+    block->nLine = ABQLineNumber();
     ABQParseLabel(block->name, "NSET");
     std::printf("  Reading Nodes %s ... ", block->name);
     if (ABQRefuse(stream, kRefused, 2)) {

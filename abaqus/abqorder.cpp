@@ -1,4 +1,4 @@
-// Putting the deck in order: rows by number inside each block, blocks by their first number.
+// Putting the deck in order: rows by number inside each block, blocks by their first number, numbers inside sets.
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqexchange.h"
 #include "abaqus/abqrecord.h"
@@ -47,6 +47,12 @@ template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block
         AllocINT1D(firsts, 0);
     }
     allocate(blocks, 0);
+}
+
+void SortNumbers(ABQSet *set) {
+    for (; set != nullptr; set = set->next) {
+        BinarySort(set->count, set->numbers);
+    }
 }
 
 template <class Block> void SwapContents(Block *a, Block *b) {
@@ -103,17 +109,16 @@ void SwapCellStructures(ABQCellBlock *a, ABQCellBlock *b) {
     SwapContents(a, b);
 }
 
-void ABQOrderNodeBlocks(ABQNodeBlock *list) {
-    for (ABQNodeBlock *block = list; block != nullptr; block = block->next) {
+void ABQOrderDeck() {
+    for (ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
         ABQ_SortNodesByGID(block->count, block->i1GID, block->i1Tag, block->d1X, block->d1Y, block->d1Z);
     }
-    OrderBlocks(list, SwapNodeStructures);
-}
-
-void ABQOrderCellBlocks(ABQCellBlock *list) {
-    for (ABQCellBlock *block = list; block != nullptr; block = block->next) {
+    for (ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
         // No tags yet: they are set when the order is final.
         ABQ_SortCellsByGID(block->count, block->nNodes, block->i1GID, nullptr, block->i2Conn, nullptr);
     }
-    OrderBlocks(list, SwapCellStructures);
+    OrderBlocks(ABQDeck()->nodeBlocks, SwapNodeStructures);
+    OrderBlocks(ABQDeck()->cellBlocks, SwapCellStructures);
+    SortNumbers(ABQDeck()->nodeSets);
+    SortNumbers(ABQDeck()->cellSets);
 }

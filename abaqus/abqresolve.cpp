@@ -10,7 +10,6 @@
 #include "store/sys.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -94,16 +93,12 @@ int FindSet(const FaceTagger *tagger, const char *name) {
     return same ? static_cast<int>(found - tagger->sets) : -1;
 }
 
-// The whole number that the entry begins with ("7ABC" is element 7). False when there is none within 32 bits.
+// The whole number that the entry begins with: "7ABC" is element 7, "ABC" is element 0. False when it lies outside
+// 32 bits: no element has such a number.
 bool ElementNumber(const char *entry, int *number) {
-    char *end;
-    errno = 0;
-    const long value = std::strtol(entry, &end, 10);
-    if (end == entry || errno == ERANGE || value < INT_MIN || value > INT_MAX) {
-        return false;
-    }
+    const long value = std::strtol(entry, nullptr, 10);
     *number = static_cast<int>(value);
-    return true;
+    return value >= INT_MIN && value <= INT_MAX;
 }
 
 int *FaceTagRow(ABQCellBlock *block, int row) {

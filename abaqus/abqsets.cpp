@@ -53,6 +53,7 @@ struct SetWords {
 
 void ReadSet(LineSource *stream, ABQSet **list, const SetWords &words) {
     auto *set = ABQNewRecord<ABQSet>();
+    set->nLine = ABQLineNumber();
     ABQParseLabel(set->name, words.parameter);
     std::printf("  Reading %s %s ... ", words.parameter, set->name);
     if (ABQRefuse(stream, words.refused, words.nRefused)) {

@@ -77,6 +77,7 @@ void ReadRows(LineSource *stream, ABQColumns *names, ABQColumns *faceRows) {
 
 void ReadSurfaces(LineSource *stream, ABQSurface **list) {
     auto *surface = ABQNewRecord<ABQSurface>();
+    surface->nLine = ABQLineNumber();
     ABQParseLabel(surface->name, "NAME");
     std::printf("  Reading Surface %s ... ", surface->name);
     if (ABQRefuse(stream, kRefused, kRefusedCount) || RefuseType(stream)) {

@@ -2,7 +2,6 @@
 #include "fuzz/plaindeck.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <numeric>
@@ -104,10 +103,8 @@ void TagEntry(PlainDeck *deck, const SurfaceEntry &entry, int tag) {
             return;
         }
     }
-    errno = 0;
-    char *end;
-    const long number = std::strtol(entry.name.c_str(), &end, 10);
-    if (end != entry.name.c_str() && errno == 0 && number >= INT_MIN && number <= INT_MAX) {
+    const long number = std::strtol(entry.name.c_str(), nullptr, 10);
+    if (number >= INT_MIN && number <= INT_MAX) {
         TagElement(deck, static_cast<int>(number), entry.row, tag);
     }
 }

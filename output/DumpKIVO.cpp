@@ -319,6 +319,41 @@ void PutMesh(TextOut *out, const Mesh *mesh) {
     PutGroups(out, mesh);
 }
 
+// Lists of several arrays ---------------------------------------------------------------------------------
+
+// Where their text goes.
+struct ToText {
+    TextOut *out;
+    void operator()(const char *bytes, std::size_t size) const {
+        PutBytes(out, bytes, size);
+    }
+};
+
+struct ToStream {
+    std::FILE *stream;
+    void operator()(const char *bytes, std::size_t size) const {
+        std::fwrite(bytes, 1, size, stream);
+    }
+};
+
+template <std::size_t kArrays, class Put>
+void PutArrays(const char *name, int n, const int *const (&arrays)[kArrays], Put put) {
+    put("    ", 4);
+    put(name, std::strlen(name));
+    put(" = \n", 4);
+    for (int i = 0; i < n; ++i) {
+        char row[8 + (2 + kArrays) * kMostField + 1];
+        char *at = FieldBytes(row, "        ", 8);
+        at = FieldInt10(at, i);
+        at = FieldInt10(at, static_cast<int>(kArrays));
+        for (const int *array : arrays) {
+            at = FieldInt10(at, array[i]);
+        }
+        at = FieldBytes(at, "\n", 1);
+        put(row, static_cast<std::size_t>(at - row));
+    }
+}
+
 } // namespace
 
 void DumpKIVO() {
@@ -340,23 +375,17 @@ bool AnyDumpFailed() {
 }
 
 void Output_INTArray2D(TextOut *stream, const char *name, int n, const int *a, const int *b) {
-    PutListKey(stream, name);
-    for (int i = 0; i < n; ++i) {
-        char *at = FieldBytes(RowBegin(stream), "        ", 8);
-        for (const int value : {i, 2, a[i], b[i]}) {
-            at = FieldInt10(at, value);
-        }
-        RowEnd(stream, FieldBytes(at, "\n", 1));
-    }
+    PutArrays<2>(name, n, {a, b}, ToText{stream});
+}
+
+void Output_INTArray2D(std::FILE *stream, const char *name, int n, const int *a, const int *b) {
+    PutArrays<2>(name, n, {a, b}, ToStream{stream});
 }
 
 void Output_INTArray3D(TextOut *stream, const char *name, int n, const int *a, const int *b, const int *c) {
-    PutListKey(stream, name);
-    for (int i = 0; i < n; ++i) {
-        char *at = FieldBytes(RowBegin(stream), "        ", 8);
-        for (const int value : {i, 3, a[i], b[i], c[i]}) {
-            at = FieldInt10(at, value);
-        }
-        RowEnd(stream, FieldBytes(at, "\n", 1));
-    }
+    PutArrays<3>(name, n, {a, b, c}, ToText{stream});
+}
+
+void Output_INTArray3D(std::FILE *stream, const char *name, int n, const int *a, const int *b, const int *c) {
+    PutArrays<3>(name, n, {a, b, c}, ToStream{stream});
 }

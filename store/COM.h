@@ -10,7 +10,8 @@
 // The mesh, or null before the first COM_Arch... call and after FreeCOM. Owned by the store.
 Mesh *GetCOM();
 
-// Releases the whole mesh. A later COM_Arch... call begins a new, empty one.
+// Releases the whole mesh. A later COM_Arch... call begins a new, empty one. The column counts that the process has
+// seen stay (store/sys.h): cells of another width are then reported where they grow.
 void FreeCOM();
 
 // Number of space dimensions; the last call counts.

@@ -13,6 +13,7 @@ bool Refill(LineSource *source) {
     if (source->bAtEnd) {
         return false;
     }
+    source->blockStart += source->end - source->block;
     const std::ptrdiff_t got = SystemRead(source->file, source->block, source->blockSize);
     source->bFailed = got < 0;
     source->bAtEnd = got <= 0;
@@ -34,6 +35,7 @@ bool OpenLines(LineSource *source, const char *path, std::size_t blockSize) {
     source->blockSize = blockSize;
     source->block = static_cast<char *>(allocate(nullptr, blockSize + 1));
     RequireBlock(source->block);
+    source->end = source->block;
     Refill(source);
     if (source->bFailed) {
         CloseLines(source);

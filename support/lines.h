@@ -12,12 +12,13 @@ struct LineSource {
     int file;    // descriptor, owned
     char *block; // owned; blockSize bytes and one more
     std::size_t blockSize;
-    const char *at;   // first character not yet handed out
-    const char *end;  // end of what was read; *end is always '\n', so that a scan stops there at the latest
-    long long nLines; // lines handed out whole so far
-    bool bInLine;     // a line has been begun and its end not yet handed out
-    bool bAtEnd;      // nothing more to read
-    bool bFailed;     // reading failed; the text ends there
+    long long blockStart; // bytes of the text before the block in hand
+    const char *at;       // first character not yet handed out
+    const char *end;      // end of what was read; *end is always '\n', so that a scan stops there at the latest
+    long long nLines;     // lines handed out whole so far
+    bool bInLine;         // a line has been begun and its end not yet handed out
+    bool bAtEnd;          // nothing more to read
+    bool bFailed;         // reading failed; the text ends there
 };
 
 constexpr std::size_t kLineBlockSize = 256 * 1024;
@@ -31,6 +32,11 @@ void CloseLines(LineSource *source);
 // it. False when there is no further line: at the end of the text, where a last line without '\n' counts as a
 // line and nothing stands behind a last '\n'.
 bool NextPiece(LineSource *source, const char **begin, const char **end, bool *last);
+
+// Bytes of the text handed out so far.
+inline long long BytesTaken(const LineSource *source) {
+    return source->blockStart + (source->at - source->block);
+}
 
 // Tells that the reader itself took `count` whole lines, up to `at`, out of the block.
 inline void TakenLines(LineSource *source, const char *at, int count) {

@@ -80,7 +80,10 @@ Ints OrderedTypes(const Ints &numbers) {
         blocks[i].i1GID = numbers[i] == 0 ? nullptr : &columns[i];
         blocks[i].type = static_cast<int>(i); // tells which block it was
     }
-    ABQOrderCellBlocks(blocks.data());
+    ABQMakeDeck("")->cellBlocks = blocks.data();
+    ABQOrderDeck();
+    ABQDeck()->cellBlocks = nullptr;
+    ABQReleaseDeck();
     Ints types;
     for (const ABQCellBlock *block = blocks.data(); block != nullptr; block = block->next) {
         types.push_back(block->type);
@@ -100,8 +103,7 @@ TEST(OrderBlocks, EmptyOnesKeepTheirPlaceAndTheOthersOrderAroundThem) {
 }
 
 TEST(OrderBlocks, AnEmptyListIsLeftAlone) {
-    ABQOrderNodeBlocks(nullptr);
-    ABQOrderCellBlocks(nullptr);
+    EXPECT_EQ(OrderedTypes({}), Ints{});
 }
 
 } // namespace

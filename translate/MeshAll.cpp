@@ -18,6 +18,13 @@ template <class Group> int CountGroups(const Group *group) {
     return n;
 }
 
+// Makes the arrays that whoever filled the store by hand has left absent.
+void CompleteArrays(Mesh *mesh) {
+    ReserveNodes(mesh->Nodes, 0);
+    ReserveFaces(mesh->Faces, 0);
+    ReserveCells(mesh->Cells, 0);
+}
+
 void PrintSummary(const Mesh *mesh) {
     std::printf("  Mesh summary:\n");
     std::printf("    Number of dimensions  = %d\n", mesh->nDim);
@@ -41,6 +48,7 @@ void MeshAll() {
     std::printf("\nTranslating mesh ... \n");
     const double start = ProcessorSeconds();
 
+    CompleteArrays(mesh);
     NumberNodes(mesh);
     ChckCellsOrde(mesh);
     CalLength(mesh);

@@ -44,7 +44,7 @@ void ResolveConnectivity(Mesh *mesh) {
     IDIndex index;
     BuildIDIndex(&index, mesh->Nodes->nNum, mesh->Nodes->i1GID);
     long long missing = 0;
-    for (int k = 0; k < mesh->Cells->nColumns; ++k) {
+    for (int k = 0; k < mesh->Cells->nNodesPerCell && mesh->Cells->nNum > 0; ++k) {
         missing += ResolveColumn(mesh->Cells, k, &index);
     }
     ReleaseIDIndex(&index);
