@@ -108,49 +108,49 @@ class Reader:
             self.fail("POINTS: more than %d points" % count)
         return taken
 
+    def expect(self, holds, reason):
+        if not holds:
+            self.fail(reason)
+
+    def counted(self, word, count, what):
+        """A line "WORD count" whose count must be this one."""
+        self.expect(self.section(word, (int,)) == [count], "%s: not for %d %s" % (word, count, what))
+
     def scalars(self, name, count):
         got = self.section("SCALARS", (str, str))
-        if got != [name, "int"]:
-            self.fail("SCALARS %s stands where %s int should" % (" ".join(got), name))
-        if self.section("LOOKUP_TABLE", (str,)) != ["default"]:
-            self.fail("the look-up table is not default")
+        self.expect(got == [name, "int"], "SCALARS %s stands where %s int should" % (" ".join(got), name))
+        self.expect(self.section("LOOKUP_TABLE", (str,)) == ["default"], "the look-up table is not default")
         return self.numbers(int, count, name)
+
+    def cells(self):
+        count, total = self.section("CELLS", (int, int))
+        flat = self.numbers(int, total, "CELLS")
+        cells, at = [], 0
+        while at < len(flat):
+            self.expect(0 <= flat[at] < len(flat) - at, "CELLS: a cell of %d nodes does not fit" % flat[at])
+            cells.append(tuple(flat[at + 1:at + 1 + flat[at]]))
+            at += 1 + flat[at]
+        self.expect(len(cells) == count, "CELLS: %d cells where %d should be" % (len(cells), count))
+        return cells
 
 
 def read_text(path, with_data):
     """The grid of a file as its text says it. Lengths agree with the announced counts when this returns."""
     text = Reader(path)
     for expected in HEADER:
-        if text.line() != expected:
-            text.fail('"%s" is missing' % expected)
+        text.expect(text.line() == expected, '"%s" is missing' % expected)
     count, kind = text.section("POINTS", (int, str))
-    if kind != "float":
-        text.fail("POINTS are %s, not float" % kind)
-    points = text.coordinates(count)
-    n_cells, total = text.section("CELLS", (int, int))
-    flat = text.numbers(int, total, "CELLS")
-    cells, at = [], 0
-    while at < len(flat):
-        if flat[at] < 0 or at + flat[at] >= len(flat):
-            text.fail("CELLS: a cell of %d nodes does not fit" % flat[at])
-        cells.append(tuple(flat[at + 1:at + 1 + flat[at]]))
-        at += 1 + flat[at]
-    if len(cells) != n_cells:
-        text.fail("CELLS: %d cells where %d should be" % (len(cells), n_cells))
-    if text.section("CELL_TYPES", (int,)) != [n_cells]:
-        text.fail("CELL_TYPES: not for %d cells" % n_cells)
-    types = text.numbers(int, n_cells, "CELL_TYPES")
+    text.expect(kind == "float", "POINTS are %s, not float" % kind)
+    points, cells = text.coordinates(count), text.cells()
+    text.counted("CELL_TYPES", len(cells), "cells")
+    types = text.numbers(int, len(cells), "CELL_TYPES")
     cell_data, point_data = {}, {}
     if with_data:
-        if text.section("CELL_DATA", (int,)) != [n_cells]:
-            text.fail("CELL_DATA: not for %d cells" % n_cells)
-        cell_data["CellTag"] = text.scalars("CellTag", n_cells)
-        if text.section("POINT_DATA", (int,)) != [count]:
-            text.fail("POINT_DATA: not for %d points" % count)
-        point_data["NodeTag"] = text.scalars("NodeTag", count)
-        point_data["OnB"] = text.scalars("OnB", count)
-    if any(line.strip() for line in text.lines[text.at:]):
-        text.fail("something follows the last section")
+        text.counted("CELL_DATA", len(cells), "cells")
+        cell_data["CellTag"] = text.scalars("CellTag", len(cells))
+        text.counted("POINT_DATA", count, "points")
+        point_data = {name: text.scalars(name, count) for name in ("NodeTag", "OnB")}
+    text.expect(not any(line.strip() for line in text.lines[text.at:]), "something follows the last section")
     return Grid(points, cells, types, cell_data, point_data)
 
 
@@ -180,13 +180,12 @@ def near(a, b):
 
 
 def points_differ(points, positions):
-    if len(points) != len(positions):
-        return ["POINTS: %d points where %d should be" % (len(points), len(positions))]
+    found = differences("POINTS", [0] * len(points), [0] * len(positions))
     for i, (point, position) in enumerate(zip(points, positions)):
         # In two dimensions "mesh.input" has no z.
-        if not all(near(a, b) for a, b in zip(point, position)):
-            return ["POINTS: point %d is %s where %s should be" % (i, point, position)]
-    return []
+        if not found and not all(near(a, b) for a, b in zip(point, position)):
+            found = ["POINTS: point %d is %s where %s should be" % (i, point, position)]
+    return found
 
 
 def compare_entities(grid, mesh, rows, forms, tags):
@@ -225,10 +224,10 @@ def ask_library(path, text):
     reader.Update()
     grid = reader.GetOutput()
     found = complaints[:1]
-    if grid.GetNumberOfPoints() != len(text.points):
-        found.append("VTK: %d points where the text has %d" % (grid.GetNumberOfPoints(), len(text.points)))
-    if grid.GetNumberOfCells() != len(text.cells):
-        found.append("VTK: %d cells where the text has %d" % (grid.GetNumberOfCells(), len(text.cells)))
+    for what, got, held in (("points", grid.GetNumberOfPoints(), text.points),
+                            ("cells", grid.GetNumberOfCells(), text.cells)):
+        if got != len(held):
+            found.append("VTK: %d %s where the text has %d" % (got, what, len(held)))
     if found:
         return found
     for i, point in enumerate(text.points):
@@ -384,14 +383,14 @@ def fits_float(grid):
     return all(c == 0 or 1.2e-38 <= abs(c) <= 3.4e38 for point in grid.points for c in point)
 
 
-def check_file(folder, name, with_data, compare):
+def check_file(folder, name, with_data, compare, *how):
     """All three readings of one file. Gives (its text as a grid or None, what was found)."""
     path = os.path.join(folder, name)
     try:
         grid = read_text(path, with_data)
     except (TextError, OSError) as trouble:
         return None, ["%s: %s" % (name, trouble)]
-    found = compare(grid)
+    found = compare(grid, *how)
     if fits_float(grid):
         found += ask_library(path, grid) + ask_meshio(path, grid)
     return grid, ["%s: %s" % (name, line) for line in found]
@@ -407,19 +406,17 @@ def check_run(folder, good=False, oriented=False, straight=False, closed=False):
     cells = faces = Grid([], [], [], {}, {})
     if mesh.cells:
         forms = [CELL_FORMS[code] for code in mesh.cell_types]
-        cells, lines = check_file(folder, "_Cells.vtk", True,
-                                  lambda grid: compare_entities(grid, mesh, mesh.cells, forms, mesh.cell_tags))
+        cells, lines = check_file(folder, "_Cells.vtk", True, compare_entities, mesh, mesh.cells, forms, mesh.cell_tags)
         found += lines
     if mesh.faces:
-        shapes = [FACE_FORMS[len(face)] for face in mesh.faces]
-        faces, lines = check_file(folder, "_Faces.vtk", True,
-                                  lambda grid: compare_entities(grid, mesh, mesh.faces, shapes, mesh.face_tags))
+        forms = [FACE_FORMS[len(face)] for face in mesh.faces]
+        faces, lines = check_file(folder, "_Faces.vtk", True, compare_entities, mesh, mesh.faces, forms, mesh.face_tags)
         found += lines
     sets = node_set_files(mesh)
     for name, tag in sets.items():
         # A name that leads into a folder that is not there, or is too long for a file's name, leaves no file.
         if os.path.isdir(os.path.dirname(os.path.join(folder, name))) and len(os.path.basename(name)) <= LONGEST_NAME:
-            found += check_file(folder, name, False, lambda grid, tag=tag: compare_node_set(grid, mesh, tag))[1]
+            found += check_file(folder, name, False, compare_node_set, mesh, tag)[1]
     written = set(sets) | ({"_Cells.vtk"} if mesh.cells else set()) | ({"_Faces.vtk"} if mesh.faces else set())
     found += ["%s: nothing in mesh.input accounts for this file" % name for name in sorted(present - written)]
     if cells is None or faces is None:
