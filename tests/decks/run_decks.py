@@ -7,12 +7,7 @@ Each run must end with status 0 and write nothing to standard error (where a san
 count of the summary must be that of the deck's rows of supported types, counted here in a second, simple way, and
 mesh.input must be readable and agree with it. A folder without decks is a failure.
 """
-import argparse
-import os
-import re
-import subprocess
-import sys
-import tempfile
+import argparse, os, re, subprocess, sys, tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
 import kivomesh

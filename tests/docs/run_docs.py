@@ -238,13 +238,13 @@ def check_messages(source, man, failures):
 
 def main():
     what, _, more = __doc__.partition("\n\n")
-    options = argparse.ArgumentParser(description=what, epilog=more,
-                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
-    options.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
-    options.add_argument("--source", metavar="DIR", help="the project, to compare messages")
-    options.add_argument("pages", nargs="*", help="pages elsewhere")
-    given = options.parse_args()
+    parser = argparse.ArgumentParser(description=what, epilog=more,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
+    parser.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
+    parser.add_argument("--source", metavar="DIR", help="the project, to compare messages")
+    parser.add_argument("pages", nargs="*", help="pages elsewhere")
+    given = parser.parse_args()
     docs = os.path.abspath(given.docs)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
     passed, failures = 0, []

@@ -6,16 +6,7 @@ exit status, standard error, and every file it left. A test that cannot be run h
 
     faults.py --program PATH --work DIR [--only NAME]
 """
-import argparse
-import os
-import re
-import resource
-import shutil
-import signal
-import subprocess
-import sys
-import threading
-import time
+import argparse, os, re, resource, shutil, signal, subprocess, sys, threading, time
 
 UNREADABLE = 255
 UNWRITABLE = 255

@@ -8,15 +8,7 @@ leave a whole "mesh.input" and the summary that the deck's making foretells. Eig
 times the processor time and a margin for the logarithm; work is what is read and what is written, because some
 decks make a log or files that outgrow them. Memory must stay in proportion to the deck.
 """
-import argparse
-import itertools
-import mmap
-import os
-import random
-import re
-import resource
-import shutil
-import sys
+import argparse, itertools, mmap, os, random, re, resource, shutil, sys
 
 DEFAULT_SIZE = 200_000
 FACTOR = 8

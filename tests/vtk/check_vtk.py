@@ -434,11 +434,11 @@ def check_run(folder, good=False, oriented=False, straight=False, closed=False):
 
 
 def main():
-    options = argparse.ArgumentParser(usage=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     for flag in ("good", "oriented", "straight", "closed"):
-        options.add_argument("--" + flag, action="store_true")
-    options.add_argument("folders", nargs="+", metavar="DIR")
-    given = options.parse_args()
+        parser.add_argument("--" + flag, action="store_true")
+    parser.add_argument("folders", nargs="+", metavar="DIR")
+    given = parser.parse_args()
     bad = 0
     for folder in given.folders:
         found = check_run(folder, given.good, given.oriented, given.straight, given.closed)

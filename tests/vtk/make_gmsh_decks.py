@@ -11,7 +11,7 @@ Of each geometry, for first order, second order (curved along round edges) and s
     <name>-c.inp       (only where there are several groups) the last group's name begins with "C_"
 Exit status 77 when gmsh is not installed.
 """
-import os, shutil, subprocess, sys
+import argparse, os, shutil, subprocess, sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 GEOMETRIES = (("plate", 2), ("block", 3), ("twoblocks", 3))
@@ -123,11 +123,11 @@ def make_decks(folder):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 2:
-        print(__doc__)
-        sys.exit(2)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", metavar="FOLDER")
+    given = parser.parse_args()
     if not shutil.which("gmsh"):
         print("skipped: gmsh is not installed")
         sys.exit(77)
-    for path, flags in make_decks(sys.argv[1]):
+    for path, flags in make_decks(given.folder):
         print(path, *("--" + flag for flag in flags if flags[flag]))

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Shows that every check of check_vtk.py can fail: files of the whole-run cases, broken one at a time.
 
-The good files are those of ../cases/vtk (or of the folder in the environment variable KIVO_VTK_CASES).
+The good files are those of ../cases/vtk.
 Exit status 77 when VTK or meshio is not installed.
 """
 import os, shutil, tempfile, unittest
@@ -11,7 +11,7 @@ import check_vtk  # leaves with 77 where a library is missing
 from check_vtk import TETRA, TETRA10, TRIANGLE, Grid
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-CASES = os.environ.get("KIVO_VTK_CASES", os.path.join(HERE, "..", "cases", "vtk"))
+CASES = os.path.join(HERE, "..", "cases", "vtk")
 
 
 class BrokenFiles(unittest.TestCase):
