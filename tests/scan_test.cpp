@@ -318,6 +318,7 @@ TEST_F(Lines, ALastLineWithoutEndIsALineAndNothingStandsBehindALastEnd) {
             while (NextPiece(&source, &begin, &end, &last)) {
                 lines += last ? 1 : 0;
             }
+            EXPECT_EQ(lines, 2) << text;
             EXPECT_EQ(source.nLines, 2) << text;
             EXPECT_FALSE(NextPiece(&source, &begin, &end, &last)) << text;
             EXPECT_EQ(source.nLines, 2) << text;
