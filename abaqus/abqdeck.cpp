@@ -3,7 +3,7 @@
 
 #include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
 #include "support/lines.h"
 
 #include <cstdio>
@@ -55,7 +55,8 @@ void ABQRequireReadable(const LineSource *stream) {
 }
 
 int ABQNumFaces(int type) {
-    return type == kTRI3 || type == kTRI6 ? 3 : 4;
+    const ElementFamily *family = FamilyOf(type);
+    return family == nullptr ? 0 : family->faces.slots.nRows;
 }
 
 void ABQReleaseNodeColumns(ABQNodeBlock *block) {

@@ -6,6 +6,7 @@
 #include "output/textout.h"
 
 #include "store/COM.h"
+#include "store/families.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -216,8 +217,8 @@ void PutFaces(TextOut *out, const Faces *faces) {
     PutCloseNamed(out, "Faces", "AllFaces");
 }
 
-// Nodes per cell and nodes that carry material points. Only triangles count in 2-D and tetrahedra otherwise; all
-// other families contribute nothing.
+// Nodes per cell and nodes that carry material points: those of the family with the most nodes among the cells that the
+// solver counts, which are of the mesh's own dimension (three unless it is two). All others contribute nothing.
 struct CellNodeCounts {
     int nNodes;
     int nMatNodes;
@@ -225,21 +226,20 @@ struct CellNodeCounts {
 
 CellNodeCounts CountCellNodes(const Mesh *mesh) {
     const Cells *cells = mesh->Cells;
-    const bool flat = mesh->nDim == 2;
-    const int linear = flat ? kTRI3 : kTET4;
-    const int quadratic = flat ? kTRI6 : kTETX;
-    bool anyLinear = false;
-    for (int c = 0; c < cells->nNum; ++c) {
-        const int type = cells->i1Type == nullptr ? 0 : cells->i1Type[c];
-        if (type == quadratic) {
-            return flat ? CellNodeCounts{6, 4} : CellNodeCounts{10, 8};
+    const int nDim = mesh->nDim == 2 ? 2 : 3;
+    CellNodeCounts most{0, 0};
+    int type = 0;
+    for (int c = 0; c < cells->nNum && cells->i1Type != nullptr; ++c) {
+        if (cells->i1Type[c] == type) {
+            continue;
         }
-        anyLinear = anyLinear || type == linear;
+        type = cells->i1Type[c];
+        const ElementFamily *family = FamilyOf(type);
+        if (family != nullptr && family->nMatNodes > 0 && family->nDim == nDim && family->nNodes > most.nNodes) {
+            most = {family->nNodes, family->nMatNodes};
+        }
     }
-    if (!anyLinear) {
-        return {0, 0};
-    }
-    return flat ? CellNodeCounts{3, 1} : CellNodeCounts{4, 1};
+    return most;
 }
 
 // The identity tensor for every cell. The formats of the two dimensions differ on purpose.

@@ -3,9 +3,9 @@
 // A writer builds a row in place: it asks for room, lays fields one behind the other, and says where the row ends.
 //
 //     char *at = RowBegin(out);
-//     at = FieldInt(at, i, 10);
+//     at = FieldInt10(at, i);
 //     at = FieldReal24(at, x);
-//     RowEnd(out, FieldText(at, "\n"));
+//     RowEnd(out, FieldBytes(at, "\n", 1));
 //
 // Writing goes on silently after a failure, as if the text had been written: neither the run nor the log change.
 // Closing the file then names it and the system's reason on standard error, and TextOutputFailed turns true.

@@ -2,6 +2,8 @@
 //
 // The reader fills it through the COM_Arch... operations, each of which makes the mesh when there is none yet.
 // The translation and the writers take the root with GetCOM and use the records directly (store/sys.h).
+//
+// No run calls COM_ArchNode and COM_ArchCell, which add one entry each: they are part of the interface.
 #ifndef KIVOM_STORE_COM_H
 #define KIVOM_STORE_COM_H
 

@@ -250,6 +250,24 @@ int GetNextAviableCell(Cells *cells) {
     return ReserveCells(cells, 1);
 }
 
+void OrderNodes(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
+    if (n < 2) {
+        return;
+    }
+    auto *order = NewArray<int>(n);
+    if (OrderRows(n, i1GID, order)) {
+        auto *spare = NewArray<double>(n);
+        if (i1Tag != nullptr) {
+            ReorderINT(n, i1Tag, order, reinterpret_cast<int *>(spare));
+        }
+        ReorderDBL(n, d1X, order, spare);
+        ReorderDBL(n, d1Y, order, spare);
+        ReorderDBL(n, d1Z, order, spare);
+        AllocDBL1D(spare, 0);
+    }
+    AllocINT1D(order, 0);
+}
+
 void SetNumNodesFaces(int n, Faces *faces) {
     if (n > faces->nNodesPerFace) {
         WidenTable(&faces->i2Conn, faces->nNodesPerFace, n, faces->nMax);

@@ -26,18 +26,27 @@
 // surface tags are then 0.
 //
 // Field names: i1 int array, i2 int table, d1 double array, c1 character array, n count, d double, i int.
+//
+// No run calls GetNextAviableNode, GetNextAviableFace and GetNextAviableCell, which reserve one entry each: they are
+// part of the interface.
 #ifndef KIVOM_STORE_SYS_H
 #define KIVOM_STORE_SYS_H
 
-// Element type codes, shared by store, reader, translation and writers (all fifteen: output/DumpVTK.cpp).
+// Element type codes, shared by store, reader, translation and writers. What is known of each: families.h.
 enum TypeCode {
     kTRI3 = 3,  // 3-node triangle
     kTRI6 = 4,  // 6-node triangle: corner, mid-side, corner, mid-side, corner, mid-side
     kTET4 = 5,  // 4-node tetrahedron
     kTETX = 6,  // 10-node tetrahedron: corners 0-3, mid-edge nodes of 0-1, 1-2, 2-0, 0-3, 1-3, 2-3
+    kTRI7 = 19, // of other solvers' meshes, as far as the VTK form goes
+    kC1D6 = 20,
+    kC1D4 = 22,
     kS1D2 = 31, // 2-node line, a face of a 2-D mesh
     kS2D3 = 32, // 3-node triangle, a face of a 3-D mesh
     kS2D4 = 33, // 4-node quadrilateral, a face
+    kC2D6 = 36, // of other solvers' meshes
+    kC2D8 = 37,
+    kC2DX = 38,
     kQUA4 = 52, // 4-node quadrilateral
     kHEX8 = 55  // 8-node hexahedron
 };
@@ -132,6 +141,10 @@ int GetNextAviableCell(Cells *cells);
 int ReserveNodes(Nodes *nodes, int count);
 int ReserveFaces(Faces *faces, int count);
 int ReserveCells(Cells *cells, int count);
+
+// Puts n nodes in the order of their numbers, as SortByFirstArray2 would leave them (support/frame.h); tags and
+// coordinates follow. Absent tags (null) are passed over.
+void OrderNodes(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z);
 
 // Raises the column count to n where it is smaller. A table that is there gets its further columns at once; they hold
 // nothing for the entries made before. The fields nNodesPerFace and nNodesPerCell tell how many columns a table has:

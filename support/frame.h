@@ -2,6 +2,13 @@
 //
 // Text rules below know one blank, the space character (32); tabs and other white space are ordinary
 // characters. Comparisons are of bytes and so tell upper from lower case.
+//
+// Names: a name that is given stands letter for letter, here and everywhere (fgetportableline, GetNextAviableNode,
+// ABQ_AssignSystDim); every other function is a verb in CamelCase, with ABQ in front where it belongs to the deck, its
+// line or its records, and COM_ where it belongs to the mesh.
+//
+// No run calls AllocCHR1D, fgetportableline, GrabNextINTFromCHR, GrabNextDBLFromCHR, GrabNextCHRFromCHR, AreNamesSamn,
+// SetIOBuffer and GetLIDByGID: they are part of the library's interface.
 #ifndef KIVOM_SUPPORT_FRAME_H
 #define KIVOM_SUPPORT_FRAME_H
 
