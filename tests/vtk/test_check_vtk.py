@@ -46,12 +46,12 @@ class BrokenFiles(unittest.TestCase):
             self.reported(expected)
 
     # c3d4-faces: five points, two tetrahedra, six triangles, NodeTag 0 0 0 0 1, OnB 1 1 1 1 1.
-    def test_header(self):
+    def test_every_break_is_reported(self):
+        # The header.
         self.broken("Version 3.0", "Version 4.2", "is missing")
         self.broken("vtk output\n", "", "is missing")
         self.broken("POINTS 5 float", "POINTS 5 double", "not float")
-
-    def test_short_arrays(self):
+        # Short arrays.
         last = "  1.0000000e+00  1.0000000e+00  1.0000000e+00\n"
         self.broken(last, "", "is not three coordinates")
         self.broken("    0    0    0    0    1\n", "    0    0    0    0\n", "NodeTag: 4 numbers where 5 should be")
@@ -60,50 +60,43 @@ class BrokenFiles(unittest.TestCase):
         self.broken("   10   10\n", "   10\n", "CELL_TYPES: 1 numbers where 2 should be")
         self.broken("    3         0         1         2\n", "", "CELLS: 20 numbers where 24 should be",
                     name="_Faces.vtk")
-
-    def test_long_arrays(self):
+        # Long arrays.
         self.broken("1.0000000e+00\n\nCELLS", "1.0000000e+00\n" + "  1.0000000e+00" * 3 + "\n\nCELLS",
                     "POINTS: more than 5 points")
         self.broken("    0    0    0    0    1\n", "    0    0    0    0    1    0\n",
                     "NodeTag: 6 numbers where 5 should be")
         self.broken("   1    2    2    2\n", "   1    2    2    2    2\n", "CellTag: 7 numbers where 6 should be",
                     name="_Faces.vtk")
-
-    def test_missing_and_needless_sections(self):
+        # Missing and needless sections.
         self.broken("SCALARS OnB int\nLOOKUP_TABLE default\n    1    1    1    1    1\n", "", "too early")
         self.broken("SCALARS OnB", "SCALARS Onb", "where OnB int should")
         self.broken("SCALARS CellTag int", "SCALARS CellTag float", "where CellTag int should")
         self.broken("CELL_TYPES 1\n    1\n",
                     "CELL_TYPES 1\n    1\nPOINT_DATA 1\nSCALARS NodeTag int\nLOOKUP_TABLE default\n    1\n",
                     "something follows", name="_NSET_TIP.vtk")
-
-    def test_counts(self):
+        # Counts.
         self.broken("CELLS 2 10", "CELLS 2 9", "CELLS: 10 numbers where 9 should be")
         self.broken("CELLS 2 10", "CELLS 3 10", "CELLS: 2 cells where 3 should be")
         self.broken("    4         0", "   10         0", "does not fit")
         self.broken("CELL_TYPES 2", "CELL_TYPES 1", "CELL_TYPES: not for 2 cells")
         self.broken("CELL_DATA 2", "CELL_DATA 1", "CELL_DATA: not for 2 cells")
         self.broken("POINT_DATA 5", "POINT_DATA 4", "POINT_DATA: not for 5 points")
-
-    def test_no_number(self):
+        # No number.
         self.broken("  1.0000000e+00", "  1.0000000x+00", "is no float")
         self.broken("    4         0", "    4       0.5", "is no int")
-
-    def test_ranges(self):
+        # Ranges.
         self.broken("         1         4\n", "         1         5\n", "names point 5 of 5")
         self.broken("         4         1\n", "         4        99\n", "names point 99 of 5", name="_Faces.vtk")
         self.broken("         1         4\n", "         1        -1\n", "names point -1 of 5")
         self.broken("         1          0", "         1          1", "names point 1 of 1", name="_NSET_TIP.vtk")
-
-    def test_missing_nodes(self):
+        # Missing nodes.
         # The cell 1 -1 2 of this case names a node that the deck has not: that -1 passes, no other number does.
         self.broken("        -1", "        -2", "names point -2 of 3", case="missing-node")
         self.broken("        -1", "         0", "CELLS: entry 1", case="missing-node")
         self.broken("         1        -1", "        -1        -1", "names point -1 of 3", case="missing-node")
         self.broken("         1        -1", "        -1         1", "names point -1 of 3", name="_Faces.vtk",
                     case="missing-node")
-
-    def test_wrong_values(self):
+        # Wrong values.
         self.broken("default\n    1    1\n", "default\n    1    2\n", "CellTag: entry 1 is 2")
         self.broken("    0    1\n", "    1    1\n", "NodeTag: entry 3 is 1")
         self.broken("    1    1    1    1    1\n", "    1    1    0    1    1\n", "OnB: entry 2 is 0")
@@ -111,8 +104,7 @@ class BrokenFiles(unittest.TestCase):
         self.broken("    2    2    1    2", "    2    1    2    2", "CellTag: entry 1 is 1", name="_Faces.vtk")
         self.broken("  1.0000000e+00", "  1.0000002e+00", "POINTS: point 1 is")
         self.broken("  1.0000000e+00", "  0.0000000e+00", "POINTS: point 0 is", name="_NSET_TIP.vtk")
-
-    def test_swapped_nodes(self):
+        # Swapped nodes.
         self.broken("         0         1         2         3", "         0         2         1         3",
                     "CELLS: entry 0 is (0, 2, 1, 3)")
         self.broken("         0         1         2", "         0         2         1", "CELLS: entry 2 is (0, 2, 1)",
