@@ -49,10 +49,13 @@ void PutCloseNamed(TextOut *out, const char *tag, const char *name) {
     PutText(out, "\n");
 }
 
+constexpr char kKeyBefore[] = "    ";
+constexpr char kKeyBehind[] = " = ";
+
 void PutKey(TextOut *out, const char *key) {
-    PutText(out, "    ");
+    PutText(out, kKeyBefore);
     PutText(out, key);
-    PutText(out, " = ");
+    PutText(out, kKeyBehind);
 }
 
 void PutTextValue(TextOut *out, const char *key, const char *value) {
@@ -76,8 +79,12 @@ void PutRealValue(TextOut *out, const char *key, double value) {
 }
 
 void PutListKey(TextOut *out, const char *key) {
-    PutKey(out, key);
-    PutText(out, "\n");
+    PutTextValue(out, key, "");
+}
+
+// Length of the line that PutListKey puts.
+std::int64_t ListKeyLength(const char *key) {
+    return static_cast<std::int64_t>(std::strlen(kKeyBefore) + std::strlen(key) + std::strlen(kKeyBehind) + 1);
 }
 
 // Lists ------------------------------------------------------------------------------------------------
@@ -146,33 +153,35 @@ void PutDimension(TextOut *out, const Mesh *mesh) {
     PutCloseTag(out, "Dimension");
 }
 
-constexpr std::int64_t PositionRowLength(int nDim) {
-    return 8 + 10 + 24 * nDim + 1;
+// The row of node i; the place behind it.
+char *PositionRow(char *at, const Mesh *mesh, int i) {
+    const Nodes *nodes = mesh->Nodes;
+    at = FieldBytes(at, "        ", 8);
+    at = FieldInt10(at, i);
+    at = FieldReal24(at, nodes->d1X[i]);
+    at = FieldReal24(at, nodes->d1Y[i]);
+    if (mesh->nDim == 3) {
+        at = FieldReal24(at, nodes->d1Z[i]);
+    }
+    return FieldBytes(at, "\n", 1);
 }
 
 void PutPositionRows(TextOut *out, const Mesh *mesh) {
-    const Nodes *nodes = mesh->Nodes;
-    for (int i = 0; i < nodes->nNum; ++i) {
-        char *at = FieldBytes(RowBegin(out), "        ", 8);
-        at = FieldInt10(at, i);
-        at = FieldReal24(at, nodes->d1X[i]);
-        at = FieldReal24(at, nodes->d1Y[i]);
-        if (mesh->nDim == 3) {
-            at = FieldReal24(at, nodes->d1Z[i]);
-        }
-        RowEnd(out, FieldBytes(at, "\n", 1));
+    for (int i = 0; i < mesh->Nodes->nNum; ++i) {
+        RowEnd(out, PositionRow(RowBegin(out), mesh, i));
     }
 }
 
-// Length of the line that PutListKey puts.
-std::int64_t ListKeyLength(const char *key) {
-    return static_cast<std::int64_t>(4 + std::strlen(key) + 3 + 1);
+// Bytes of all rows: they are as long as the first.
+std::int64_t PositionRowsLength(const Mesh *mesh) {
+    char row[5 * kMostField];
+    return mesh->Nodes->nNum == 0 ? 0 : (PositionRow(row, mesh, 0) - row) * std::int64_t{mesh->Nodes->nNum};
 }
 
-// The three lists hold the same rows, all of one length: where the file allows it, the rows are made once and
-// written to all three places.
+// The three lists hold the same rows: where the file allows it, the rows are made once and written to all three places.
+// Each list must then begin where its copy was put: RequirePosition ends the program otherwise.
 void PutPositions(TextOut *out, const Mesh *mesh) {
-    constexpr const char *kKeys[3] = {"Current_Positions", "Previous_Positions", "Initial_Positions"};
+    constexpr const char *kKeys[1 + kMostCopies] = {"Current_Positions", "Previous_Positions", "Initial_Positions"};
     if (!CanCopy(out)) {
         for (const char *key : kKeys) {
             PutListKey(out, key);
@@ -180,17 +189,19 @@ void PutPositions(TextOut *out, const Mesh *mesh) {
         }
         return;
     }
-    const std::int64_t rows = PositionRowLength(mesh->nDim) * mesh->Nodes->nNum;
-    const std::int64_t second = rows + ListKeyLength(kKeys[1]);
-    const std::int64_t distances[2] = {second, second + rows + ListKeyLength(kKeys[2])};
     PutListKey(out, kKeys[0]);
-    StartCopies(out, distances, 2);
+    const std::int64_t rows = PositionRowsLength(mesh);
+    const std::int64_t first = TextPosition(out);
+    const std::int64_t second = rows + ListKeyLength(kKeys[1]);
+    const std::int64_t distances[kMostCopies] = {second, second + rows + ListKeyLength(kKeys[2])};
+    StartCopies(out, distances, kMostCopies);
     PutPositionRows(out, mesh);
     StopCopies(out);
-    PutListKey(out, kKeys[1]);
-    SkipText(out, rows);
-    PutListKey(out, kKeys[2]);
-    SkipText(out, rows);
+    for (int i = 0; i < kMostCopies; ++i) {
+        PutListKey(out, kKeys[1 + i]);
+        RequirePosition(out, first + distances[i]);
+        SkipText(out, rows);
+    }
 }
 
 void PutNodeGeometry(TextOut *out, const Mesh *mesh) {
@@ -338,9 +349,9 @@ struct ToStream {
 
 template <std::size_t kArrays, class Put>
 void PutArrays(const char *name, int n, const int *const (&arrays)[kArrays], Put put) {
-    put("    ", 4);
-    put(name, std::strlen(name));
-    put(" = \n", 4);
+    for (const char *part : {kKeyBefore, name, kKeyBehind, "\n"}) {
+        put(part, std::strlen(part));
+    }
     for (int i = 0; i < n; ++i) {
         char row[8 + (2 + kArrays) * kMostField + 1];
         char *at = FieldBytes(row, "        ", 8);

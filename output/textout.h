@@ -77,6 +77,13 @@ void StartCopies(TextOut *out, const std::int64_t *distances, int nCopies);
 void StopCopies(TextOut *out);
 void SkipText(TextOut *out, std::int64_t distance);
 
+// Bytes of the file before the next thing put; of no meaning once writing has failed.
+std::int64_t TextPosition(const TextOut *out);
+
+// Aborts the program, with a word on standard error, when the next thing put would not stand at that byte: a copy would
+// then lie where it does not belong, and the file look whole. Writing that has failed is passed over: CloseText tells.
+void RequirePosition(const TextOut *out, std::int64_t position);
+
 // Fields. Each lays its text at `at` and returns the place behind it; at most kMostField characters.
 constexpr int kMostField = 32;
 

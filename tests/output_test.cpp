@@ -222,6 +222,25 @@ TEST_F(Output, RowsOfTwoAndThreeValues) {
     std::fclose(stream);
 }
 
+TEST_F(Output, APlaceOfTheFileIsAskedForAndRequired) {
+    TextOut out;
+    ASSERT_TRUE(OpenText(&out, "file", 4));
+    PutText(&out, "abc");
+    EXPECT_EQ(TextPosition(&out), 3);
+    PutText(&out, "def"); // the buffer is written out on the way
+    EXPECT_EQ(TextPosition(&out), 6);
+    SkipText(&out, 10);
+    EXPECT_EQ(TextPosition(&out), 16);
+    RequirePosition(&out, 16);
+    EXPECT_DEATH(RequirePosition(&out, 15), "rows of file are not as long");
+    fake::FailWritesAfter(0);
+    PutText(&out, "x");
+    FlushText(&out);
+    RequirePosition(&out, 15); // the failure is told when the file is closed
+    PrintedToErrors([&] { CloseText(&out); });
+    EXPECT_EQ(fake::WriteFaults(), 1);
+}
+
 TEST_F(Output, AFileThatCannotBeCreatedHoldsNothing) {
     fake::RefuseToOpen("file", EACCES);
     TextOut out;
