@@ -1,20 +1,17 @@
-#!/usr/bin/python3
-"""Holds the VTK files of a run against its "mesh.input".
+"""Holds the VTK files of a run against its "mesh.input"; run_vtk_checks.py makes the runs.
 
-    check_vtk.py [--good | --oriented] [--straight] [--closed] DIR...
+check_run(DIR) reads "mesh.input" and the "_*.vtk" files of one run with "--vtk". Each VTK file is read three times: by
+a strict reader of the text below, by the VTK library and by meshio. The strict reader exists because the library takes
+short arrays and node numbers out of range without an error. Besides, where the flag asks for it:
 
-Every DIR holds "mesh.input" and the "_*.vtk" files of one run with "--vtk". Each VTK file is read three times: by a
-strict reader of the text below, by the VTK library and by meshio. The strict reader exists because the library takes
-short arrays and node numbers out of range without an error.
+    good      the area or volume of every cell is positive
+    oriented  the same, but cells whose area or volume is nothing or no number are passed over
+    straight  every mid-side node lies in the middle of its edge
+    closed    the faces close, and what they enclose is the volume (in two dimensions the area) of the cells
 
-    --good      the area or volume of every cell is positive
-    --oriented  the same, but cells whose area or volume is nothing or no number are passed over
-    --straight  every mid-side node lies in the middle of its edge
-    --closed    the faces close, and what they enclose is the volume (in two dimensions the area) of the cells
-
-Exit status: 0 all agree, 1 something does not (one line each), 2 wrong arguments, 77 VTK or meshio is not installed.
+Whoever imports it leaves with exit status 77 where VTK or meshio is not installed.
 """
-import argparse, math, os, sys
+import math, os, sys
 from collections import Counter, namedtuple
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
@@ -431,24 +428,3 @@ def check_run(folder, good=False, oriented=False, straight=False, closed=False):
     if closed:
         found += ["_Faces.vtk: " + line for line in check_closed(cells, faces, positions, mesh.dimension)]
     return found
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    for flag in ("good", "oriented", "straight", "closed"):
-        parser.add_argument("--" + flag, action="store_true")
-    parser.add_argument("folders", nargs="+", metavar="DIR")
-    given = parser.parse_args()
-    bad = 0
-    for folder in given.folders:
-        found = check_run(folder, given.good, given.oriented, given.straight, given.closed)
-        for line in found[:20]:
-            print("%s: %s" % (folder, line))
-        bad += bool(found)
-        if not found:
-            print("%s: agrees" % folder)
-    return 1 if bad else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
