@@ -22,30 +22,32 @@ std::string Compressed(const std::string &text) {
     return line.data();
 }
 
-TEST(CompressLine, DropsBlanksAndFoldsToUpperCase) {
-    EXPECT_EQ(Compressed("*Node, nset=All"), "*NODE,NSET=ALL");
-    EXPECT_EQ(Compressed("1, 0.5, 2.0"), "1,0.5,2.0");
-    EXPECT_EQ(Compressed("*Element, type=c3d4, elset=Solid"), "*ELEMENT,TYPE=C3D4,ELSET=SOLID");
-    EXPECT_EQ(Compressed(""), "");
-    EXPECT_EQ(Compressed("  \t "), "");
-}
-
-TEST(CompressLine, CutsAtTheFirstTwoAsterisksSideBySide) {
-    EXPECT_EQ(Compressed("** a comment"), "");
-    EXPECT_EQ(Compressed("*NODE ** all nodes"), "*NODE");
-    EXPECT_EQ(Compressed("***"), "");
-    EXPECT_EQ(Compressed("a*b**c**d"), "A*B");
-    EXPECT_EQ(Compressed("1,2**"), "1,2");
-    EXPECT_EQ(Compressed("*"), "*");
-    EXPECT_EQ(Compressed("a*"), "A*");
-    EXPECT_EQ(Compressed("* *"), "**") << "side by side before anything is dropped";
-    EXPECT_EQ(Compressed("*\t*x"), "**X");
-}
-
-TEST(CompressLine, DropsTabsReturnsSemicolonsAndBackslashes) {
-    EXPECT_EQ(Compressed("a\tb\rc;d\\e\x7F"
-                         "f\x80g\xFFh\x01i"),
-              "ABCDEFGHI");
+TEST(CompressLine, DropsBlanksAndCommentsAndFoldsToUpperCase) {
+    const struct {
+        const char *text;
+        const char *compressed;
+    } cases[] = {
+        {"*Node, nset=All", "*NODE,NSET=ALL"},
+        {"1, 0.5, 2.0", "1,0.5,2.0"},
+        {"*Element, type=c3d4, elset=Solid", "*ELEMENT,TYPE=C3D4,ELSET=SOLID"},
+        {"", ""},
+        {"  \t ", ""},
+        {"** a comment", ""}, // two asterisks side by side
+        {"*NODE ** all nodes", "*NODE"},
+        {"***", ""},
+        {"a*b**c**d", "A*B"},
+        {"1,2**", "1,2"},
+        {"*", "*"},
+        {"a*", "A*"},
+        {"* *", "**"}, // side by side before anything is dropped
+        {"*\t*x", "**X"},
+        {"a\tb\rc;d\\e\x7F"
+         "f\x80g\xFFh\x01i",
+         "ABCDEFGHI"},
+    };
+    for (const auto &wanted : cases) {
+        EXPECT_EQ(Compressed(wanted.text), wanted.compressed);
+    }
 }
 
 TEST(CompressLine, KeepsTheOtherPrintableCharacters) {

@@ -187,22 +187,11 @@ TEST_F(Maps, EdgesFollowTheCirculationAndFaceNormalsPointIntoTheCell) {
             ASSERT_GT(GetCOM()->Faces->nNum, 0);
             for (int face = 0; face < GetCOM()->Faces->nNum; ++face) {
                 const std::vector<At> points = PointsOfFace(face);
+                EXPECT_EQ(GetCOM()->Faces->i1Type[face], IsFlat(of) ? 31 : 32);
+                EXPECT_EQ(points.size(), IsFlat(of) ? 2u : 3u);
                 EXPECT_GT(Inner(Inwards(points), Middle(of.corners) - Middle(points)), 0) << "type " << of.type;
             }
         });
-    }
-}
-
-TEST_F(Maps, FaceTypesFollowTheNodeCounts) {
-    const std::map<int, std::size_t> nodes{{31, 2}, {32, 3}, {33, 4}};
-    for (const Family &family : kFamilies) {
-        MakeCell(family, IsFlat(family) ? std::vector<int>{0, 1, 2} : std::vector<int>{0, 1, 2, 3});
-        Printed(MeshAll);
-        for (int face = 0; face < GetCOM()->Faces->nNum; ++face) {
-            EXPECT_EQ(GetCOM()->Faces->i1Type[face], IsFlat(family) ? 31 : 32);
-            EXPECT_EQ(NodesOfFace(face).size(), nodes.at(GetCOM()->Faces->i1Type[face]));
-        }
-        FreeCOM();
     }
 }
 
@@ -219,8 +208,7 @@ std::vector<std::vector<int>> FacesInOrder(std::vector<int> *tags, std::vector<i
 }
 
 TEST_F(Maps, QuadrilateralSlotsAreTheEdgesInTheirCirculation) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}});
     AddCell(kQUA4, 1, {1, 2, 3, 4}, {1, 2, 3, 4});
     Printed(MeshAll);
     std::vector<int> tags, types;
@@ -231,8 +219,7 @@ TEST_F(Maps, QuadrilateralSlotsAreTheEdgesInTheirCirculation) {
 }
 
 TEST_F(Maps, HexahedronSlotsAreItsSixFacesWithNormalsInwards) {
-    COM_ArchnDim(3);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}});
+    AddMesh(3, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}});
     AddCell(kHEX8, 1, {1, 2, 3, 4, 5, 6, 7, 8}, {1, 2, 3, 4, 5, 6});
     Printed(MeshAll);
     std::vector<int> tags, types;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -69,41 +70,37 @@ TEST(SwapBlocks, ExchangesTheContentsAndKeepsTheLinks) {
     EXPECT_EQ(d.type, 3);
 }
 
-// A list of cell blocks of one element each; a number 0 stands for an empty block.
-Ints OrderedTypes(const Ints &numbers) {
-    std::vector<ABQCellBlock> blocks(numbers.size());
-    std::vector<int> columns = numbers;
+// The names, "a" for the first, of a list of blocks of one entry each, in the order that the deck's ordering gives
+// them; a number 0 stands for an empty block.
+template <class Block> std::string Ordered(Block *ABQModel::*list, Ints numbers) {
+    std::vector<Block> blocks(numbers.size(), Block{});
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        blocks[i] = ABQCellBlock{};
         blocks[i].next = i + 1 < numbers.size() ? &blocks[i + 1] : nullptr;
         blocks[i].count = numbers[i] == 0 ? 0 : 1;
-        blocks[i].i1GID = numbers[i] == 0 ? nullptr : &columns[i];
-        blocks[i].type = static_cast<int>(i); // tells which block it was
+        blocks[i].i1GID = numbers[i] == 0 ? nullptr : &numbers[i];
+        blocks[i].name[0] = static_cast<char>('a' + i);
     }
-    ABQMakeDeck("")->cellBlocks = blocks.data();
+    ABQMakeDeck("")->*list = blocks.data();
     ABQOrderDeck();
-    ABQDeck()->cellBlocks = nullptr;
-    ABQReleaseDeck();
-    Ints types;
-    for (const ABQCellBlock *block = blocks.data(); block != nullptr; block = block->next) {
-        types.push_back(block->type);
+    std::string names;
+    for (const Block *block = ABQDeck()->*list; block != nullptr; block = block->next) {
+        names += block->name;
     }
-    return types;
+    ABQDeck()->*list = nullptr; // the blocks are the test's own
+    ABQReleaseDeck();
+    return names;
 }
 
-TEST(OrderBlocks, ByTheirFirstNumbers) {
-    EXPECT_EQ(OrderedTypes({101, 1}), (Ints{1, 0}));
-    EXPECT_EQ(OrderedTypes({2, 2, 1}), (Ints{2, 1, 0}));
-}
-
-TEST(OrderBlocks, EmptyOnesKeepTheirPlaceAndTheOthersOrderAroundThem) {
-    EXPECT_EQ(OrderedTypes({0, 9, 0, 5, 1, 0}), (Ints{0, 4, 2, 3, 1, 5}));
-    EXPECT_EQ(OrderedTypes({0, 0}), (Ints{0, 1}));
-    EXPECT_EQ(OrderedTypes({5, 0, 2}), (Ints{2, 1, 0}));
-}
-
-TEST(OrderBlocks, AnEmptyListIsLeftAlone) {
-    EXPECT_EQ(OrderedTypes({}), Ints{});
+TEST(OrderBlocks, ByTheirFirstNumbersAndEmptyOnesKeepTheirPlace) {
+    const struct {
+        Ints numbers;
+        const char *names;
+    } cases[] = {{{101, 1}, "ba"}, {{2, 2, 1}, "cba"}, {{0, 9, 0, 5, 1, 0}, "aecdbf"},
+                 {{0, 0}, "ab"},   {{5, 0, 2}, "cba"}, {{7}, "a"}};
+    for (const auto &wanted : cases) {
+        EXPECT_EQ(Ordered(&ABQModel::nodeBlocks, wanted.numbers), wanted.names);
+        EXPECT_EQ(Ordered(&ABQModel::cellBlocks, wanted.numbers), wanted.names);
+    }
 }
 
 } // namespace

@@ -262,25 +262,12 @@ std::string Part(const std::string &text, const std::string &from, const std::st
 
 // Nodes at the corners of a square, tags 0, flags 1 and lengths set by hand.
 void MakeSquare(int nDim) {
-    COM_ArchnDim(nDim);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0.5}});
+    AddMesh(nDim, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0.5}});
     Nodes *nodes = GetCOM()->Nodes;
     std::fill_n(nodes->i1OnB, nodes->nNum, 1);
     nodes->dCharLen = 1;
     nodes->dMinEdge = 1;
     nodes->dMaxEdge = std::sqrt(2);
-}
-
-void AddFace(int tag, const std::vector<int> &conn) {
-    Faces *faces = GetCOM()->Faces;
-    SetNumNodesFaces(static_cast<int>(conn.size()), faces);
-    const int face = GetNextAviableFace(faces);
-    faces->i1Type[face] = 31;
-    faces->i1Tag[face] = tag;
-    faces->i1NumNodes[face] = static_cast<int>(conn.size());
-    for (std::size_t k = 0; k < conn.size(); ++k) {
-        faces->i2Conn[k][face] = conn[k];
-    }
 }
 
 const char kSquareRows[] = "                 0   0.000000000000000e+00   0.000000000000000e+00\n"
@@ -318,8 +305,8 @@ TEST_F(Output, AnEmptyStoreGivesAnEmptyFile) {
 
 TEST_F(Output, ASquareInTwoDimensionsByteForByte) {
     MakeSquare(2);
-    AddFace(1, {0, 1});
-    AddFace(2, {1, 2});
+    AddFace(kS1D2, 1, {0, 1});
+    AddFace(kS1D2, 2, {1, 2});
     AddCell(kTRI3, 3, {0, 1, 2}); // positions: connectivity is written as it stands
     AddCell(kTRI6, 4, {0, 1, 2, 3, 1, -1});
     COM_ArchGRnode(1, "N1");
@@ -479,7 +466,7 @@ TEST_F(Output, ScalarListsHaveTenValuesToALine) {
 
 TEST_F(Output, AbsentArraysAreWrittenAsZeros) {
     MakeSquare(2);
-    AddFace(1, {0, 1});
+    AddFace(kS1D2, 1, {0, 1});
     AddCell(kTRI3, 1, {0, 1, 2});
     Mesh *mesh = GetCOM();
     int *kept[] = {mesh->Nodes->i1OnB, mesh->Nodes->i1Tag, mesh->Faces->i1Tag, mesh->Cells->i1Type, mesh->Cells->i1Tag};

@@ -1,5 +1,4 @@
 # Checks written in Python. Each exits with 77 where something it needs is not there, and then counts as skipped.
-set(KIVOM_DECKS ${CMAKE_SOURCE_DIR}/../shared/decks CACHE PATH "Folder of decks that real exporters wrote")
 
 function(kivom_python_test name script)
   add_test(NAME ${name} COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/${script} ${ARGN})
@@ -7,7 +6,7 @@ function(kivom_python_test name script)
 endfunction()
 
 # Real decks.
-kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> --decks ${KIVOM_DECKS})
+kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> ${CMAKE_SOURCE_DIR}/examples)
 
 # Files read back with the VTK library and with meshio.
 kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>

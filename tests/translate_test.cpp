@@ -61,8 +61,7 @@ TEST_F(Translate, WithoutAMeshNothingIsPrinted) {
 }
 
 TEST_F(Translate, TheSummaryInItsOrder) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3});
     COM_ArchGRcell(1, "A");
     COM_ArchGRcell(2, "B");
@@ -93,8 +92,7 @@ TEST_F(Translate, TheSummaryInItsOrder) {
 }
 
 TEST_F(Translate, WithoutCellsAllNodesAreDroppedAndTheLengthsAreThoseOfNone) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     EXPECT_EQ(Messages(), "");
     EXPECT_EQ(GetCOM()->Nodes->nNum, 0);
     ExpectMeshLengths(1e15, 0, 1e15);
@@ -128,8 +126,7 @@ TEST_F(Translate, NodesEndInTheOrderOfTheirNumbersAndCellsHoldPositions) {
 // Orientation ------------------------------------------------------------------------------------------
 
 TEST_F(Translate, ATriangleThatRunsTheWrongWayIsTurnedWithItsTags) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     AddCell(kTRI3, 1, {1, 2, 3}, {0, 0, 0});
     AddCell(kTRI3, 1, {1, 3, 2}, {0, 7, 8});
     EXPECT_EQ(Messages(), kCorrected1);
@@ -141,8 +138,7 @@ TEST_F(Translate, ATriangleThatRunsTheWrongWayIsTurnedWithItsTags) {
 }
 
 TEST_F(Translate, DegenerateCellsAreTurnedAndCountedToo) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}});
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 1, {1, 1, 1});
     EXPECT_EQ(Messages(), "  Numbering order of 2 elements has been corrected.\n");
@@ -150,8 +146,7 @@ TEST_F(Translate, DegenerateCellsAreTurnedAndCountedToo) {
 }
 
 TEST_F(Translate, TheThresholdIsAbsoluteAndBelongsToTheGoodSide) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1e-10, 0, 0}, {0, 1, 0}, {0.99e-10, 0, 0}});
+    AddMesh(2, {{0, 0, 0}, {1e-10, 0, 0}, {0, 1, 0}, {0.99e-10, 0, 0}});
     AddCell(kTRI3, 1, {1, 2, 3}); // measure 1e-10
     AddCell(kTRI3, 1, {1, 4, 3}); // 0.99e-10
     EXPECT_EQ(Messages(), kCorrected1);
@@ -169,8 +164,7 @@ TEST_F(Translate, CellsWithoutAMeasureAreLeftAlone) {
 }
 
 TEST_F(Translate, AnUnsupportedTypeEndsTheOrientationCheckWithoutACount) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 3, 2});
     AddCell(kQUA4, 2, {1, 2, 3, 4});
     AddCell(kTRI3, 1, {1, 3, 2});
@@ -181,8 +175,7 @@ TEST_F(Translate, AnUnsupportedTypeEndsTheOrientationCheckWithoutACount) {
 
 TEST_F(Translate, EveryOtherTypeIsUnsupportedInAllSteps) {
     for (const int type : {0, -1, 7, 19, 20, 22, 31, 32, 33, 36, 37, 38, 100}) {
-        COM_ArchnDim(2);
-        AddNodes(kSquare);
+        AddMesh(2, kSquare);
         AddCell(type, 1, {1, 2, 3});
         COM_ArchGRcell(1, "A");
         EXPECT_EQ(Messages(), std::string(kOrderType) + kLengthType + kCharacType + kFacesType) << type;
@@ -193,8 +186,7 @@ TEST_F(Translate, EveryOtherTypeIsUnsupportedInAllSteps) {
 // Lengths ----------------------------------------------------------------------------------------------
 
 TEST_F(Translate, LengthsOfTriangles) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 5}, {1, 0, 6}, {0, 1, 7}, {0.5, 0, 0}, {0.5, 0.5, 0}, {0, 0.5, 0}}); // z is not looked at
+    AddMesh(2, {{0, 0, 5}, {1, 0, 6}, {0, 1, 7}, {0.5, 0, 0}, {0.5, 0.5, 0}, {0, 0.5, 0}}); // z is not looked at
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI6, 2, {1, 4, 2, 5, 3, 6});
     COM_ArchGRcell(1, "LINEAR");
@@ -209,8 +201,7 @@ TEST_F(Translate, NoHalvedStandInForACharacteristicLength) {
     // Half an altitude of 4e15/sqrt(2) is above 1e15, and altitudes over a corner that is no number are none: 1e15, no
     // value yet, stays. Half of 1e15 would look like a length.
     const double nan = std::nan("");
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {4e15, 0, 0}, {0, 4e15, 0}, {nan, 0, 0}});
+    AddMesh(2, {{0, 0, 0}, {4e15, 0, 0}, {0, 4e15, 0}, {nan, 0, 0}});
     AddCell(kTRI6, 1, {1, 1, 2, 2, 3, 3});
     AddCell(kTRI6, 2, {1, 1, 4, 2, 3, 3});
     COM_ArchGRcell(1, "HUGE");
@@ -222,8 +213,7 @@ TEST_F(Translate, NoHalvedStandInForACharacteristicLength) {
 }
 
 TEST_F(Translate, LengthsOfTetrahedra) {
-    COM_ArchnDim(3);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    AddMesh(3, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
     AddCell(kTET4, 1, {1, 2, 3, 4});
     AddCell(kTETX, 2, {1, 2, 3, 4, 1, 1, 1, 1, 1, 1}); // mid-edge nodes take no part
     COM_ArchGRcell(1, "LINEAR");
@@ -242,8 +232,7 @@ TEST_F(Translate, AllSixEdgesOfATetrahedronCount) {
             std::vector<At> moved = corners;
             moved[a] = corners[a] + 0.5 * (corners[a] - corners[b]);
             moved[b] = corners[b] + 0.5 * (corners[b] - corners[a]);
-            COM_ArchnDim(3);
-            AddNodes(moved);
+            AddMesh(3, moved);
             AddCell(kTET4, 1, {1, 2, 3, 4});
             COM_ArchGRcell(1, "A");
             Messages();
@@ -261,8 +250,7 @@ TEST_F(Translate, AllFourAltitudesOfATetrahedronCount) {
         std::vector<At> moved = corners;
         const At foot = (-1.0 / 3) * corners[low]; // the four corners add up to nothing
         moved[low] = foot + 0.25 * (corners[low] - foot);
-        COM_ArchnDim(3);
-        AddNodes(moved);
+        AddMesh(3, moved);
         AddCell(kTET4, 1, {1, 2, 3, 4});
         COM_ArchGRcell(1, "A");
         Messages();
@@ -274,8 +262,7 @@ TEST_F(Translate, AllFourAltitudesOfATetrahedronCount) {
 TEST_F(Translate, AShortEdgeInThePlaneIsUsedWithoutNormalising) {
     // The apex stands 1e-5 over an edge of 1e-11: the altitude over that edge is 1e-11 times 1e-5. Normalised it would
     // be 1e-5, and the smallest altitude that over the long edges, 1e-11.
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1e-11, 0, 0}, {0, 1e-5, 0}});
+    AddMesh(2, {{0, 0, 0}, {1e-11, 0, 0}, {0, 1e-5, 0}});
     AddCell(kTRI3, 1, {1, 2, 3});
     COM_ArchGRcell(1, "A");
     Messages();
@@ -285,8 +272,7 @@ TEST_F(Translate, AShortEdgeInThePlaneIsUsedWithoutNormalising) {
 TEST_F(Translate, InSpaceTheGuardIsAlwaysAdded) {
     // Legs of 1e-5: the normals of the three faces at the right angle have the length 1e-10, that of the slanted face
     // sqrt(3) times it. Its altitude is 1e-15 / (sqrt(3) 1e-10 + 1e-10).
-    COM_ArchnDim(3);
-    AddNodes({{0, 0, 0}, {1e-5, 0, 0}, {0, 1e-5, 0}, {0, 0, 1e-5}});
+    AddMesh(3, {{0, 0, 0}, {1e-5, 0, 0}, {0, 1e-5, 0}, {0, 0, 1e-5}});
     AddCell(kTET4, 1, {1, 2, 3, 4});
     COM_ArchGRcell(1, "A");
     EXPECT_EQ(Messages(), kCorrected1) << "its measure, 1e-15, is below the threshold";
@@ -294,8 +280,7 @@ TEST_F(Translate, InSpaceTheGuardIsAlwaysAdded) {
 }
 
 TEST_F(Translate, DegenerateCellsHaveLengthsOfNought) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}});
     AddCell(kTRI3, 1, {1, 2, 2});
     COM_ArchGRcell(1, "A");
     Messages();
@@ -303,8 +288,7 @@ TEST_F(Translate, DegenerateCellsHaveLengthsOfNought) {
 }
 
 TEST_F(Translate, GroupsTakeTheCellsOfTheirTagAndCellsWithoutAGroupNowhereCount) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {4, 0, 0}, {0, 4, 0}, {0.125, 0, 0}, {0, 0.125, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {4, 0, 0}, {0, 4, 0}, {0.125, 0, 0}, {0, 0.125, 0}});
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 2, {1, 4, 5});
     AddCell(kTRI3, 9, {1, 6, 7}); // no group
@@ -322,8 +306,7 @@ TEST_F(Translate, GroupsTakeTheCellsOfTheirTagAndCellsWithoutAGroupNowhereCount)
 
 // Cells of tags 1 to 3, the second of a type that cannot be measured; groups newest first are 3, 2, 1.
 TEST_F(Translate, AnUnmeasurableCellStopsTheLengthsAtItsGroup) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {4, 0, 0}, {0, 4, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {4, 0, 0}, {0, 4, 0}});
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 2, {1, 2, 3});
     AddCell(kQUA4, 2, {1, 2, 3, 4});
@@ -340,8 +323,7 @@ TEST_F(Translate, AnUnmeasurableCellStopsTheLengthsAtItsGroup) {
 }
 
 TEST_F(Translate, QuadrilateralsInTheNewestGroupLeaveAllLengthsAlone) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kQUA4, 2, {1, 2, 3, 4});
     COM_ArchGRcell(1, "OLD");
@@ -353,8 +335,7 @@ TEST_F(Translate, QuadrilateralsInTheNewestGroupLeaveAllLengthsAlone) {
 }
 
 TEST_F(Translate, AnUnmeasurableCellWithoutAGroupStopsNothing) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kQUA4, 9, {1, 2, 3, 4});
     AddCell(kTRI3, 1, {1, 2, 3});
     COM_ArchGRcell(1, "A");
@@ -365,8 +346,7 @@ TEST_F(Translate, AnUnmeasurableCellWithoutAGroupStopsNothing) {
 // Missing nodes ----------------------------------------------------------------------------------------
 
 TEST_F(Translate, ReferencesToMissingNodesAreCountedAndCarriedAlong) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     AddCell(kTRI3, 1, {1, 99, 2}, {5, 0, 6});
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 1, {-5, 0, 4});
@@ -382,8 +362,7 @@ TEST_F(Translate, ReferencesToMissingNodesAreCountedAndCarriedAlong) {
 }
 
 TEST_F(Translate, AMissingMidSideNodeDoesNotKeepACellFromBeingTurnedAndMeasured) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0.5, 0, 0}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0.5, 0, 0}});
     AddCell(kTRI6, 1, {1, 99, 3, 99, 2, 4}); // the wrong way round
     COM_ArchGRcell(1, "A");
     EXPECT_EQ(Messages(), std::string("\n  Error> 2 references of elements name no node of the deck.\n") + kCorrected1);
@@ -395,8 +374,7 @@ TEST_F(Translate, AMissingMidSideNodeDoesNotKeepACellFromBeingTurnedAndMeasured)
 
 // Two triangles of the square, of tags 1 and 2.
 void AddTwoTriangles(const char *first, const char *second) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 2, {1, 3, 4});
     COM_ArchGRcell(1, first);
@@ -425,8 +403,7 @@ TEST_F(Translate, CohesiveCellsGetNodesOfTheirOwn) {
 }
 
 TEST_F(Translate, CellsOfOneCohesiveGroupAreCutFromEachOther) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, 1, {1, 3, 4});
     COM_ArchGRcell(1, "C_");
@@ -472,8 +449,7 @@ TEST_F(Translate, OfEqualNamesTheNewestGroupStandsForAll) {
 
 TEST_F(Translate, AGroupWhoseNameEndsInABlankIsNotFoundByIt) {
     // The name is looked up among all groups, and blanks that end a group's own name count: only tag -1 is left.
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3});
     AddCell(kTRI3, -1, {1, 3, 4});
     COM_ArchGRcell(1, "C_A ");
@@ -483,8 +459,7 @@ TEST_F(Translate, AGroupWhoseNameEndsInABlankIsNotFoundByIt) {
 }
 
 TEST_F(Translate, QuadrilateralsAndHexahedraAreSplitToo) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kQUA4, 1, {1, 2, 3, 4});
     AddCell(kTRI3, 2, {1, 2, 3});
     COM_ArchGRcell(1, "C_Q");
@@ -496,8 +471,7 @@ TEST_F(Translate, QuadrilateralsAndHexahedraAreSplitToo) {
 // Faces ------------------------------------------------------------------------------------------------
 
 TEST_F(Translate, ATaggedSlotGivesAFaceAndAnUntaggedOrNegativeOneDoesNot) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3}, {0, -4, 7});
     EXPECT_EQ(Messages(), "");
     const Faces *faces = GetCOM()->Faces;
@@ -509,8 +483,7 @@ TEST_F(Translate, ATaggedSlotGivesAFaceAndAnUntaggedOrNegativeOneDoesNot) {
 }
 
 TEST_F(Translate, ASharedEdgeTaggedFromBothSidesIsMadeTwiceInOppositeOrder) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
+    AddMesh(2, kSquare);
     AddCell(kTRI3, 1, {1, 2, 3}, {0, 5, 0}); // edge 3-1
     AddCell(kTRI3, 1, {1, 3, 4}, {0, 0, 6}); // edge 1-3
     Messages();
@@ -522,8 +495,7 @@ TEST_F(Translate, ASharedEdgeTaggedFromBothSidesIsMadeTwiceInOppositeOrder) {
 }
 
 TEST_F(Translate, MixedFacesNeedNoLateColumns) {
-    COM_ArchnDim(3);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}});
+    AddMesh(3, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}});
     AddCell(kTRI3, 1, {1, 2, 3}, {1, 0, 0});
     AddCell(kTET4, 1, {1, 2, 4, 5}, {2, 0, 0, 0});
     AddCell(kHEX8, 1, {1, 2, 3, 4, 5, 6, 7, 8}, {0, 0, 0, 0, 0, 3});
@@ -537,8 +509,7 @@ TEST_F(Translate, MixedFacesNeedNoLateColumns) {
 }
 
 TEST_F(Translate, TheWidestFaceCountsWhereverItsCellStands) {
-    COM_ArchnDim(3);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    AddMesh(3, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
     AddCell(kTET4, 1, {1, 2, 3, 4}, {2, 0, 0, 0});
     AddCell(kTRI3, 1, {1, 2, 3}, {1, 0, 0});
     EXPECT_EQ(Messages(), "");
@@ -549,8 +520,7 @@ TEST_F(Translate, TheWidestFaceCountsWhereverItsCellStands) {
 }
 
 TEST_F(Translate, AnUnsupportedTypeEndsTheFacesButNotWhatFollows) {
-    COM_ArchnDim(2);
-    AddNodes({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {9, 9, 9}});
+    AddMesh(2, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {9, 9, 9}});
     AddCell(kTRI3, 1, {1, 2, 3}, {1, 0, 0});
     AddCell(99, 1, {1, 2, 3}, {2, 2, 2});
     AddCell(kTRI3, 1, {1, 3, 4}, {3, 0, 0});
@@ -564,18 +534,11 @@ TEST_F(Translate, AnUnsupportedTypeEndsTheFacesButNotWhatFollows) {
 }
 
 TEST_F(Translate, FacesAreAppendedToThoseInTheStore) {
-    COM_ArchnDim(2);
-    AddNodes(kSquare);
-    Faces *faces = GetCOM()->Faces;
-    SetNumNodesFaces(2, faces);
-    const int face = GetNextAviableFace(faces);
-    faces->i1Type[face] = 31;
-    faces->i1Tag[face] = 50;
-    faces->i1NumNodes[face] = 2;
-    faces->i2Conn[0][face] = 3; // a position: the fourth node, which no cell uses
-    faces->i2Conn[1][face] = 0;
+    AddMesh(2, kSquare);
+    AddFace(kS1D2, 50, {3, 0}); // positions: of the fourth node, which no cell uses, and the first
     AddCell(kTRI3, 1, {1, 2, 3}, {0, 0, 7});
     EXPECT_EQ(Messages(), "");
+    const Faces *faces = GetCOM()->Faces;
     ASSERT_EQ(faces->nNum, 2);
     EXPECT_EQ(faces->i1Tag[0], 50);
     EXPECT_EQ(NodesOfFace(0), (Ints{3, 0}));
@@ -584,8 +547,7 @@ TEST_F(Translate, FacesAreAppendedToThoseInTheStore) {
 }
 
 TEST_F(Translate, DroppedNodesCloseTheGaps) {
-    COM_ArchnDim(2);
-    AddNodes({{9, 9, 9}, {0, 0, 1}, {8, 8, 8}, {1, 0, 2}, {0, 1, 3}, {7, 7, 7}});
+    AddMesh(2, {{9, 9, 9}, {0, 0, 1}, {8, 8, 8}, {1, 0, 2}, {0, 1, 3}, {7, 7, 7}});
     for (int i = 0; i < 6; ++i) {
         GetCOM()->Nodes->i1Tag[i] = 10 + i;
     }

@@ -225,17 +225,17 @@ def numbers(count):
 
 def main():
     what, _, more = __doc__.partition("\n\n")
-    options = argparse.ArgumentParser(description=what, epilog=more,
-                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--view", type=numbers(3), metavar="X,Y,Z",
+    parser = argparse.ArgumentParser(description=what, epilog=more,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--view", type=numbers(3), metavar="X,Y,Z",
                          help="the direction from the mesh to the eye, written --view=X,Y,Z when X is negative (standard: "
                               "along z in two dimensions, from the front, right and above in three)")
-    options.add_argument("--size", type=numbers(2), default=(1200, 800), metavar="W,H",
+    parser.add_argument("--size", type=numbers(2), default=(1200, 800), metavar="W,H",
                          help="width and height in pixels (standard: 1200,800)")
-    options.add_argument("--no-sets", action="store_true", help="leave the node sets out")
-    options.add_argument("folder", help='where "mesh.input" and the VTK files are')
-    options.add_argument("picture", help="the PNG file to write")
-    given = options.parse_args()
+    parser.add_argument("--no-sets", action="store_true", help="leave the node sets out")
+    parser.add_argument("folder", help='where "mesh.input" and the VTK files are')
+    parser.add_argument("picture", help="the PNG file to write")
+    given = parser.parse_args()
     try:
         mesh = kivomesh.read(os.path.join(given.folder, "mesh.input"))
     except (kivomesh.MeshError, OSError) as error:

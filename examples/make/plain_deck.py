@@ -299,16 +299,16 @@ def known(names, sets, kind):
 
 def main():
     what, _, more = __doc__.partition("\n\n")
-    options = argparse.ArgumentParser(description=what, epilog=more,
-                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--group", action="append", default=[], metavar="[NAME=]SET",
+    parser = argparse.ArgumentParser(description=what, epilog=more,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--group", action="append", default=[], metavar="[NAME=]SET",
                          help="make a cell group of this set of elements, under this name; may be given several times "
                               "(an element goes to the first that lists it)")
-    options.add_argument("--drop", action="append", default=[], metavar="SET",
+    parser.add_argument("--drop", action="append", default=[], metavar="SET",
                          help="leave this node set out; may be given several times")
-    options.add_argument("deck", help="the deck to read")
-    options.add_argument("result", help="the deck to write")
-    given = options.parse_args()
+    parser.add_argument("deck", help="the deck to read")
+    parser.add_argument("result", help="the deck to write")
+    given = parser.parse_args()
     try:
         deck = Deck(given.deck)
         groups = [(re.split("=", text, maxsplit=1)[0], text.split("=")[-1].upper()) for text in given.group]

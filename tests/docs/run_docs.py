@@ -28,6 +28,11 @@ MASKS = ((re.compile(r"\b\d{2} [A-Z][a-z]+ \d{4} \d{2}:\d{2}:\d{2} [AP]M\b"), "<
          (re.compile(r"Elapsed Time: \d+\.\d{6} sec\."), "Elapsed Time: <t> sec."))
 
 
+def read(path):
+    with open(path, encoding="utf-8") as stream:
+        return stream.read()
+
+
 def masked(text):
     """The lines of a text as they are compared; empty lines at its end do not count."""
     for pattern, mask in MASKS:
@@ -64,10 +69,9 @@ def links_of_markdown(text):
 
 
 def check_links(path, failures):
-    with open(path, encoding="utf-8") as stream:
-        for number, target in links_of_markdown(stream.read()):
-            if not os.path.exists(os.path.join(os.path.dirname(path), target)):
-                failures.append("%s:%d: there is no file %s" % (path, number, target))
+    for number, target in links_of_markdown(read(path)):
+        if not os.path.exists(os.path.join(os.path.dirname(path), target)):
+            failures.append("%s:%d: there is no file %s" % (path, number, target))
 
 
 class Block:
@@ -138,15 +142,19 @@ class Page:
         else:
             self.failures.append("%s:%d: %s" % (self.path, block.line, reason))
 
+    def compare(self, block, shown, text, what):
+        real = masked(text)
+        wrong = difference(masked("\n".join(shown)), real)
+        self.check(block, wrong is None, "%s what is shown, from: %s\nIt is:\n%s"
+                   % (what, wrong, "\n".join("    " + line for line in real)))
+
     def run(self):
-        with open(self.path, encoding="utf-8") as stream:
-            text = stream.read()
         if self.path.endswith(".md"):
             check_links(self.path, self.failures)
         with tempfile.TemporaryDirectory() as scratch:
             self.prepare(scratch)
             try:
-                for block in (blocks_of_man if self.path.endswith(".1") else blocks_of_markdown)(text):
+                for block in (blocks_of_man if self.path.endswith(".1") else blocks_of_markdown)(read(self.path)):
                     self.run_block(block)
             except ValueError as error:
                 self.failures.append("%s: %s" % (self.path, error))
@@ -190,27 +198,20 @@ class Page:
             if 2 * at + 1 >= len(parts):
                 self.check(block, False, "`%s` ended the shell" % command)
                 break
-            real = masked(parts[2 * at])
-            wrong = difference(masked("\n".join(shown)), real)
-            self.check(block, wrong is None, "`%s` does not print what is shown, from: %s\nIt prints:\n%s"
-                       % (command, wrong, "\n".join("    " + line for line in real)))
+            self.compare(block, shown, parts[2 * at], "`%s` does not print" % command)
             shows_status = at + 1 < len(commands) and commands[at + 1][0] == "echo $?"
             if parts[2 * at + 1] != "0" and not shows_status:
                 self.check(block, False, "`%s` ends with status %s" % (command, parts[2 * at + 1]))
 
     def compare_file(self, block):
         try:
-            with open(os.path.join(self.folder, block.options["file"]), encoding="utf-8") as stream:
-                real = stream.read().split("\n")
+            real = read(os.path.join(self.folder, block.options["file"])).split("\n")
         except OSError as error:
             return self.check(block, False, str(error))
         if "lines" in block.options:
             first, last = map(int, block.options["lines"].split("-"))
             real = real[first - 1:last]
-        real, shown = masked("\n".join(real)), masked("\n".join(block.lines))
-        wrong = difference(shown, real)
-        self.check(block, wrong is None, "%s is not what is shown, from: %s\nIt holds:\n%s"
-                   % (block.options["file"], wrong, "\n".join("    " + line for line in real)))
+        self.compare(block, block.lines, "\n".join(real), "%s is not" % block.options["file"])
 
 
 def messages_of(source):
@@ -218,15 +219,13 @@ def messages_of(source):
     for folder in ("abaqus", "driver", "output", "store", "support", "translate"):
         for name in sorted(os.listdir(os.path.join(source, folder))):
             if name.endswith(".cpp"):
-                with open(os.path.join(source, folder, name), encoding="utf-8") as stream:
-                    for text in re.findall(r'"((?:[^"\\\n]|\\.)*(?:Error>|Warning>|KIVOm: )(?:[^"\\\n]|\\.)*)"',
-                                           stream.read()):
-                        yield re.split(r"%[sd]", text.replace("\\n", ""))[0].strip()
+                for text in re.findall(r'"((?:[^"\\\n]|\\.)*(?:Error>|Warning>|KIVOm: )(?:[^"\\\n]|\\.)*)"',
+                                       read(os.path.join(source, folder, name))):
+                    yield re.split(r"%[sd]", text.replace("\\n", ""))[0].strip()
 
 
 def check_messages(source, man, failures):
-    with open(man, encoding="utf-8") as stream:
-        page = " ".join(plain(stream.read()).split())
+    page = " ".join(plain(read(man)).split())
     passed = 0
     for message in sorted(set(messages_of(source))):
         if re.search(re.escape(" ".join(message.split())) + "(?!:)", page):
@@ -238,13 +237,13 @@ def check_messages(source, man, failures):
 
 def main():
     what, _, more = __doc__.partition("\n\n")
-    options = argparse.ArgumentParser(description=what, epilog=more,
-                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
-    options.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
-    options.add_argument("--source", metavar="DIR", help="the project, to compare messages")
-    options.add_argument("pages", nargs="*", help="pages elsewhere")
-    given = options.parse_args()
+    parser = argparse.ArgumentParser(description=what, epilog=more,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
+    parser.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
+    parser.add_argument("--source", metavar="DIR", help="the project, to compare messages")
+    parser.add_argument("pages", nargs="*", help="pages elsewhere")
+    given = parser.parse_args()
     docs = os.path.abspath(given.docs)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
     passed, failures = 0, []

@@ -42,43 +42,40 @@ class Pages(unittest.TestCase):
         self.assertNotIn(" 0 failed", last)
         self.assertIn(reason, out)
 
-    DECK = "```deck name=a.inp\n1\n2\n```\n"
-
-    def test_true_page(self):
-        self.good(self.DECK + "```console\n$ KIVOm a.inp\nJob started at 01 May 2001 01:00:00 AM\n2\n"
-                  "Elapsed Time: 7.000000 sec.\n```\n```text file=mesh.input\nmade\nlast\n```\n", 2)
-
-    def test_wrong_line(self):
-        self.bad(self.DECK + "```console\n$ KIVOm a.inp\n...\n3\n...\n```\n", "from: 3")
-
-    def test_line_left_out_without_dots(self):
-        self.bad(self.DECK + "```console\n$ KIVOm a.inp\n2\n...\n```\n", "from: 2")
-
-    def test_more_printed_than_shown(self):
-        self.bad(self.DECK + "```console\n$ KIVOm a.inp\n...\n2\n```\n", "(end of what is shown)")
-
-    def test_nothing_shown_means_nothing_printed(self):
-        self.bad(self.DECK + "```console\n$ KIVOm a.inp\n```\n", "does not print")
-        self.good("```console\n$ true\n```\n", 1)
-
-    def test_dots_stand_for_no_line_and_for_many(self):
-        self.good("```console\n$ printf 'a\\nb\\nc\\n'\n...\na\n...\nb\n...\nc\n...\n$ printf 'a\\nb\\nc\\nb\\n'\n...\nb\n```\n", 2)
-
-    def test_masks_hide_only_dates_and_times(self):
-        self.bad(self.DECK + "```console\n$ KIVOm a.inp\nJob ended at 01 May 2001 01:00:00 AM\n...\n```\n", "Job ended")
-
-    def test_file_lines(self):
-        run = self.DECK + "```console\n$ KIVOm a.inp\n...\n```\n"
-        self.good(run + "```text file=mesh.input lines=2-2\nlast\n```\n", 2)
-        self.bad(run + "```text file=mesh.input lines=1-1\nlast\n```\n", "is not what is shown")
-        self.bad(run + "```text file=mesh.input\nmade\n```\n", "(end of what is shown)")
-        self.bad("```text file=none\nmade\n```\n", "none")
-
-    def test_exit_status(self):
-        self.bad("```console\n$ false\n```\n", "ends with status 1")
-        self.good("```console\n$ false\n$ echo $?\n1\n```\n", 2)
-        self.bad("```console\n$ false\n$ echo $?\n0\n```\n", "does not print")
-        self.bad("```console\n$ exit 3\n$ echo on\non\n```\n", "ended the shell")
+    def test_what_is_shown_is_compared(self):
+        deck = "```deck name=a.inp\n1\n2\n```\n"
+        run = deck + "```console\n$ KIVOm a.inp\n"
+        made = run + "...\n```\n```text file=mesh.input"
+        for text, passed in (
+                # A true page; nothing printed and nothing shown; dots stand for no line and for many.
+                (run + "Job started at 01 May 2001 01:00:00 AM\n2\nElapsed Time: 7.000000 sec.\n```\n"
+                 "```text file=mesh.input\nmade\nlast\n```\n", 2),
+                ("```console\n$ true\n```\n", 1),
+                ("```console\n$ printf 'a\\nb\\nc\\n'\n...\na\n...\nb\n...\nc\n...\n"
+                 "$ printf 'a\\nb\\nc\\nb\\n'\n...\nb\n```\n", 2),
+                (made + " lines=2-2\nlast\n```\n", 2),
+                ("```console\n$ false\n$ echo $?\n1\n```\n", 2),
+                ("1. Words\n\n   ```console\n   $ echo a \\\n      b\n   a b\n   ```\n", 1)):
+            with self.subTest(text):
+                self.good(text, passed)
+        for text, reason in (
+                # A wrong line; a line left out without dots; more printed than shown; nothing shown.
+                (run + "...\n3\n...\n```\n", "from: 3"),
+                (run + "2\n...\n```\n", "from: 2"),
+                (run + "...\n2\n```\n", "(end of what is shown)"),
+                (run + "```\n", "does not print"),
+                # Masks hide only dates and times.
+                (run + "Job ended at 01 May 2001 01:00:00 AM\n...\n```\n", "Job ended"),
+                (made + " lines=1-1\nlast\n```\n", "is not what is shown"),
+                (made + "\nmade\n```\n", "(end of what is shown)"),
+                ("```text file=none\nmade\n```\n", "none"),
+                ("```console\n$ false\n```\n", "ends with status 1"),
+                ("```console\n$ false\n$ echo $?\n0\n```\n", "does not print"),
+                ("```console\n$ exit 3\n$ echo on\non\n```\n", "ended the shell"),
+                ("1. Words\n\n   ```console\n   $ echo a\n   b\n   ```\n", "from: b"),
+                ("```console\n$ true\n", "has no end")):
+            with self.subTest(text):
+                self.bad(text, reason)
 
     def test_missing_program_is_noted(self):
         status, _, out = self.run_page("```console needs=no-such-program\n$ no-such-program\n```\n```console\n$ true\n```\n")
@@ -87,13 +84,6 @@ class Pages(unittest.TestCase):
 
     def test_a_run_that_tests_nothing_fails(self):
         self.assertEqual(self.run_page("Words only.\n")[0], 1)
-
-    def test_indented_block_and_continued_command(self):
-        self.good("1. Words\n\n   ```console\n   $ echo a \\\n      b\n   a b\n   ```\n", 1)
-        self.bad("1. Words\n\n   ```console\n   $ echo a\n   b\n   ```\n", "from: b")
-
-    def test_block_without_end(self):
-        self.bad("```console\n$ true\n", "has no end")
 
     def test_page_named_besides(self):
         extra = os.path.join(self.scratch.name, "README.md")

@@ -6,16 +6,7 @@ exit status, standard error, and every file it left. A test that cannot be run h
 
     faults.py --program PATH --work DIR [--only NAME]
 """
-import argparse
-import os
-import re
-import resource
-import shutil
-import signal
-import subprocess
-import sys
-import threading
-import time
+import argparse, os, re, resource, shutil, signal, subprocess, sys, threading, time
 
 UNREADABLE = 255
 UNWRITABLE = 255
@@ -69,20 +60,22 @@ def mask(log):
 class Run:
     """One run of the program in a folder of its own, and what it left."""
 
-    def __init__(self, test, arguments=("deck.inp", "--vtk"), deck=None, folder=None, prepare=None, before=None,
-                 environment=None, **streams):
-        self.folder = folder or os.path.join(test.work, "run")
-        if folder is None:
-            shutil.rmtree(self.folder, ignore_errors=True)
-            os.makedirs(self.folder)
+    def __init__(self, program, folder, deck=None, arguments=("deck.inp", "--vtk"), prepare=None, links=(),
+                 folders=(), before=None, environment=None, **streams):
+        """`prepare` is called with the folder, `before` in the new process. `links` are (name, target)."""
+        self.folder = os.fsencode(folder)
         if deck is not None:
-            with open(os.path.join(self.folder, "deck.inp"), "wb") as file:
+            with open(os.path.join(self.folder, b"deck.inp"), "wb") as file:
                 file.write(deck)
+        for name, target in links:
+            os.symlink(target, os.path.join(self.folder, os.fsencode(name)))
+        for name in folders:
+            os.mkdir(os.path.join(self.folder, os.fsencode(name)))
         if prepare:
-            prepare(self.folder)
-        inputs = set(os.listdir(os.fsencode(self.folder)))
+            prepare(folder)
+        inputs = set(os.listdir(self.folder))
         streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **streams}
-        process = subprocess.Popen([test.program, *arguments], cwd=self.folder, preexec_fn=before,
+        process = subprocess.Popen([program, *arguments], cwd=folder, preexec_fn=before,
                                    env={**os.environ, **(environment or {})}, **streams)
         try:
             out, err = process.communicate(timeout=60)
@@ -90,22 +83,19 @@ class Run:
             process.kill()
             process.communicate()
             raise Failed("the run ended within a minute") from None
-        self.status = process.returncode
-        self.log = mask(out or b"")
-        self.errors = err or b""
-        self.left = set(os.listdir(os.fsencode(self.folder))) - inputs
+        self.status, self.log, self.errors = process.returncode, mask(out or b""), err or b""
+        self.left = set(os.listdir(self.folder)) - inputs
 
     def read(self, name):
-        with open(os.path.join(os.fsencode(self.folder), name), "rb") as file:
+        with open(os.path.join(self.folder, name), "rb") as file:
             return file.read()
 
 
 class Tests:
     def __init__(self, program, work):
-        self.program = os.path.abspath(program)
-        self.work = os.path.abspath(work)
+        self.program, self.work = program, work
         self.deck = grid_deck()
-        self.good = Run(self, deck=self.deck, folder=self.fresh("good"))
+        self.good = Run(program, self.fresh("good"), self.deck)
         self.whole = {name: self.good.read(name) for name in FILES}
         require(self.good.status == 0 and not self.good.errors, "an ordinary run succeeds")
         require(all(len(text) > 40_000 for text in self.whole.values()), "the files of an ordinary run are large")
@@ -115,6 +105,9 @@ class Tests:
         shutil.rmtree(folder, ignore_errors=True)
         os.makedirs(folder)
         return folder
+
+    def run(self, deck=None, **how):
+        return Run(self.program, self.fresh("run"), deck or self.deck, **how)
 
     def is_sanitized(self):
         with open(self.program, "rb") as file:
@@ -132,6 +125,10 @@ class Tests:
         for name in names:
             require(run.read(name) == self.whole[name], f"{name.decode()} is whole")
 
+    def require_good(self, run, why):
+        require(run.status == 0 and run.log == self.good.log and not run.errors, why)
+        self.require_whole(run)
+
     def require_broken(self, run, name, text):
         """One file could not be written whole: said once, in time, and the file does not look whole."""
         reason = b"KIVOm: cannot write " + name + b": " + text + b"\n"
@@ -146,24 +143,13 @@ class Tests:
 
     # Decks ---------------------------------------------------------------------------------------------------
 
-    def deck_missing(self):
-        self.require_unreadable(Run(self, arguments=["nowhere.inp"]), b"nowhere.inp")
-
-    def deck_is_a_directory(self):
-        run = Run(self, arguments=["folder"], prepare=lambda folder: os.mkdir(os.path.join(folder, "folder")))
-        self.require_unreadable(run, b"folder")
-
-    def deck_in_a_missing_directory(self):
-        self.require_unreadable(Run(self, arguments=["deck.inp/x"], deck=self.deck), b"deck.inp/x")
-
-    def deck_is_a_loop_of_links(self):
-        run = Run(self, arguments=["loop"], prepare=lambda folder: os.symlink("loop", os.path.join(folder, "loop")))
-        self.require_unreadable(run, b"loop")
+    def deck_that_cannot_be_opened(self):
+        for name, how in (("nowhere.inp", {}), ("folder", {"folders": ["folder"]}), ("deck.inp/x", {}),
+                          ("loop", {"links": [("loop", "loop")]})):
+            self.require_unreadable(self.run(arguments=[name], **how), name.encode())
 
     def deck_without_permission(self):
-        def forbid(folder):
-            os.chmod(os.path.join(folder, "deck.inp"), 0)
-        run = Run(self, deck=self.deck, prepare=forbid, before=self.as_nobody())
+        run = self.run(prepare=lambda folder: os.chmod(os.path.join(folder, "deck.inp"), 0), before=self.as_nobody())
         self.require_unreadable(run, b"deck.inp")
 
     def deck_fails_at_the_first_read(self):
@@ -174,7 +160,7 @@ class Tests:
             raise Skip(f"{name} can be read here")
         except OSError:
             pass
-        self.require_unreadable(Run(self, arguments=[name]), name.encode())
+        self.require_unreadable(self.run(arguments=[name]), name.encode())
 
     def faulty_files(self, **settings):
         """Environment in which files misbehave as set (faultyfiles.c), and the file that shows it."""
@@ -193,35 +179,31 @@ class Tests:
         settings = {name: str(value) for name, value in settings.items()}
         return {"LD_PRELOAD": library, "FAULT_MARK": mark, **settings}, mark
 
+    def run_with_faults(self, deck=None, **settings):
+        """A run whose files misbehave as set, and did."""
+        environment, mark = self.faulty_files(**settings)
+        run = self.run(deck, environment=environment)
+        require(os.path.exists(mark) or set(settings) == {"FAULT_SHORT"}, f"the fault happened: {settings}")
+        return run
+
     def deck_fails_half_way(self):
         for cut in (4096, 5000, 1, 262144):  # whole lines or not, one byte at a time, whole blocks
             for number in (1, 2, 3, 5, 7):
-                environment, mark = self.faulty_files(FAULT_READ=number, FAULT_SHORT=cut)
                 deck = self.deck if cut < 262144 else grid_deck(rows=250)
-                run = Run(self, deck=deck, environment=environment)
-                require(os.path.exists(mark), f"read {number} failed")
+                run = self.run_with_faults(deck, FAULT_READ=number, FAULT_SHORT=cut)
                 self.require_unreadable(run, b"deck.inp", begun=number > 1)
 
     def deck_comes_in_short_reads(self):
         for cut in (1, 7, 100):
-            run = Run(self, deck=self.deck, environment=self.faulty_files(FAULT_SHORT=cut)[0])
-            require(run.status == 0 and run.log == self.good.log, "short reads are no fault")
-            self.require_whole(run)
+            self.require_good(self.run_with_faults(FAULT_SHORT=cut), "short reads are no fault")
 
     def files_take_short_and_interrupted_writes(self):
         for most in (1000, 4096, 77777):
-            environment, mark = self.faulty_files(FAULT_WRITE=most)
-            run = Run(self, deck=self.deck, environment=environment)
-            require(os.path.exists(mark), "writes were interrupted")
-            require(run.status == 0 and run.log == self.good.log and not run.errors, "that is no fault")
-            self.require_whole(run)
+            self.require_good(self.run_with_faults(FAULT_WRITE=most), "interrupted writes are no fault")
 
     def file_fails_when_closed(self):
         for number, name in enumerate(FILES, 1):
-            environment, mark = self.faulty_files(FAULT_CLOSE=number)
-            run = Run(self, deck=self.deck, environment=environment)
-            require(os.path.exists(mark), f"close {number} failed")
-            self.require_broken(run, name, b"Input/output error")
+            self.require_broken(self.run_with_faults(FAULT_CLOSE=number), name, b"Input/output error")
 
     def deck_is_a_pipe(self):
         def feed(path):
@@ -233,15 +215,14 @@ class Tests:
 
         def prepare(folder):
             path = os.path.join(folder, "deck.inp")
+            os.remove(path)
             os.mkfifo(path)
             threading.Thread(target=feed, args=(path,), daemon=True).start()
-        run = Run(self, prepare=prepare)
-        require(run.status == 0 and run.log == self.good.log, "a pipe is read like a file")
-        self.require_whole(run)
+        self.require_good(self.run(prepare=prepare), "a pipe is read like a file")
 
     def deck_is_standard_input(self):
-        with open(os.path.join(self.good.folder, "deck.inp"), "rb") as deck:
-            run = Run(self, arguments=["/dev/stdin", "--vtk"], stdin=deck)
+        with open(os.path.join(self.good.folder, b"deck.inp"), "rb") as deck:
+            run = self.run(arguments=["/dev/stdin", "--vtk"], stdin=deck)
         require(run.status == 0 and not run.errors, "standard input is read like a file")
         self.require_whole(run)
 
@@ -272,22 +253,16 @@ class Tests:
         require(not run.left, f"no file is made: {run.left}")
 
     def folder_is_read_only(self):
-        become = self.as_nobody()
-
-        def prepare(folder):
-            os.chmod(folder, 0o555)
-        run = Run(self, deck=self.deck, prepare=prepare, before=become)
+        run = self.run(prepare=lambda folder: os.chmod(folder, 0o555), before=self.as_nobody())
         os.chmod(run.folder, 0o755)
         self.require_uncreated(run)
 
     def mesh_input_is_a_directory(self):
-        run = Run(self, deck=self.deck, prepare=lambda folder: os.mkdir(os.path.join(folder, "mesh.input")))
-        self.require_uncreated(run)
+        self.require_uncreated(self.run(folders=[b"mesh.input"]))
 
     def vtk_file_is_a_directory(self):
         for name in FILES[1:]:
-            run = Run(self, deck=self.deck,
-                      prepare=lambda folder, name=name: os.mkdir(os.path.join(os.fsencode(folder), name)))
+            run = self.run(folders=[name])
             words = b"\n  Dumping VTK file " + name + b" ..."
             log = self.good.log.replace(words + b" done.", words + b"\n Error> cannot open file " + name + b"\n")
             require(log != self.good.log and run.log == log, "the log says which file, and goes on")
@@ -296,9 +271,7 @@ class Tests:
 
     def file_is_full(self):
         for name in FILES:
-            def prepare(folder, name=name):
-                os.symlink("/dev/full", os.path.join(os.fsencode(folder), name))
-            run = Run(self, deck=self.deck, prepare=prepare)
+            run = self.run(links=[(name, "/dev/full")])
             self.require_broken(run, name, b"No space left on device")
             self.require_whole(run, [other for other in FILES if other != name])
 
@@ -310,7 +283,7 @@ class Tests:
             def before(limit=limit):
                 signal.signal(signal.SIGXFSZ, signal.SIG_DFL)  # the program must not end of it
                 resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
-            run = Run(self, deck=self.deck, arguments=["deck.inp"], before=before)
+            run = self.run(arguments=["deck.inp"], before=before)
             self.require_beginning(run, name)
             require(run.errors == b"KIVOm: cannot write mesh.input: File too large\n", f"limit {limit}: {run.errors!r}")
             require(run.status == 1, f"limit {limit}: the status is 1, not {run.status}")
@@ -327,8 +300,8 @@ class Tests:
             if mount.returncode != 0:
                 raise Skip("mounting is refused here")
             try:
-                deck = os.path.join(self.good.folder, "deck.inp")
-                run = Run(self, arguments=[deck, "--vtk"], folder=folder)
+                deck = os.path.join(self.good.folder, b"deck.inp")
+                run = Run(self.program, folder, arguments=[deck, "--vtk"])
                 require(run.status == 1, f"the status is 1, not {run.status}")
                 lines = run.errors.splitlines()
                 broken = [line.split(b": ")[1].removeprefix(b"cannot write ") for line in lines]
@@ -355,14 +328,13 @@ class Tests:
             def before(size=megabytes << 20):
                 resource.setrlimit(resource.RLIMIT_AS, (size, size))
             try:
-                run = Run(self, deck=self.deck, before=before)
+                run = self.run(before=before)
             except (OSError, subprocess.SubprocessError):
                 break  # too little to begin at all
             if not run.log.startswith(b"<banner>"):
                 break
             if run.status == 0:
-                require(run.log == self.good.log, f"{megabytes} MB: the log is that of an ordinary run")
-                self.require_whole(run)
+                self.require_good(run, f"{megabytes} MB: the run is an ordinary one")
                 continue
             ended += 1
             require(run.status == 1, f"{megabytes} MB: the status is 1, not {run.status}")
@@ -385,41 +357,36 @@ class Tests:
         self.require_whole(run)
 
     def output_is_closed(self):
-        run = Run(self, deck=self.deck, stdout=None, before=lambda: os.close(1))
-        self.require_lost_log(run)
+        self.require_lost_log(self.run(stdout=None, before=lambda: os.close(1)))
 
     def output_is_full(self):
         with open("/dev/full", "wb") as full:
-            self.require_lost_log(Run(self, deck=self.deck, stdout=full))
+            self.require_lost_log(self.run(stdout=full))
 
     def output_is_a_closed_pipe(self):
         end, start = os.pipe()
         os.close(end)
         try:
-            self.require_lost_log(Run(self, deck=self.deck, stdout=start))
+            self.require_lost_log(self.run(stdout=start))
         finally:
             os.close(start)
 
     def errors_are_closed(self):
-        name = b"mesh.input"
-        run = Run(self, deck=self.deck, stderr=None, before=lambda: os.close(2),
-                  prepare=lambda folder: os.symlink("/dev/full", os.path.join(os.fsencode(folder), name)))
+        run = self.run(stderr=None, before=lambda: os.close(2), links=[("mesh.input", "/dev/full")])
         require(run.status == 1 and run.log == self.good.log, "the run ends as it would otherwise")
         self.require_whole(run, FILES[1:])
 
     def all_streams_are_closed(self):
-        run = Run(self, deck=self.deck, stdin=None, stdout=None, stderr=None, before=lambda: os.closerange(0, 3))
+        run = self.run(stdin=None, stdout=None, stderr=None, before=lambda: os.closerange(0, 3))
         require(run.status == 1, "the lost log is a failure")
         self.require_whole(run)
 
     def input_is_closed(self):
-        run = Run(self, deck=self.deck, stdin=None, before=lambda: os.close(0))
-        require(run.status == 0 and run.log == self.good.log, "who names a deck needs no input")
-        self.require_whole(run)
+        self.require_good(self.run(stdin=None, before=lambda: os.close(0)), "who names a deck needs no input")
 
     def input_is_closed_at_the_prompt(self):
         for streams in ({"stdin": None, "before": lambda: os.close(0)}, {"stdin": subprocess.DEVNULL}):
-            run = Run(self, arguments=[], deck=self.deck, **streams)
+            run = self.run(arguments=[], **streams)
             require(b"enter the input file name (e.g. mesh.inp): \n> " in run.log, "the prompt was shown")
             self.require_unreadable(run, b"")
 
@@ -428,16 +395,13 @@ class Tests:
     def deck_name_of_any_bytes(self):
         every = bytes(c for c in range(1, 256) if c != ord("/"))
         for name in (b"%s%n%d.inp", b"two words.inp", b"\xff\xfe\x80.inp", b"line\nend.inp", every):
-            def prepare(folder, name=name):
-                with open(os.path.join(os.fsencode(folder), name), "wb") as file:
-                    file.write(self.deck)
-            run = Run(self, arguments=[name, b"--vtk"], prepare=prepare)
+            run = self.run(arguments=[name, b"--vtk"], links=[(name, "deck.inp")])
             require(run.status == 0 and not run.errors, f"{name!r} is read")
             require(b"Reading Abaqus mesh from " + name + b" ...\n" in run.log, f"{name!r} stands in the log as it is")
             self.require_whole(run)
 
     def group_name_with_a_slash(self):
-        run = Run(self, deck=grid_deck(b"UP/DOWN"))
+        run = self.run(grid_deck(b"UP/DOWN"))
         words = b"\n  Dumping VTK file _NSET_UP/DOWN.vtk ...\n Error> cannot open file _NSET_UP/DOWN.vtk\n"
         require(words in run.log, "the log says that the file cannot be made")
         require(run.status == 0 and not run.errors, "the run comes to its end")
@@ -445,13 +409,13 @@ class Tests:
         require(run.left == set(FILES[:3]), "no other file is made")
 
     def group_name_with_a_slash_and_a_folder(self):
-        run = Run(self, deck=grid_deck(b"UP/DOWN"), prepare=lambda folder: os.mkdir(os.path.join(folder, "_NSET_UP")))
+        run = self.run(grid_deck(b"UP/DOWN"), folders=["_NSET_UP"])
         require(run.status == 0, "the run comes to its end")
         require(run.read(b"_NSET_UP/DOWN.vtk") == self.whole[b"_NSET_LEFT.vtk"], "the name is taken as it is")
 
     def group_name_too_long_for_a_file(self):
         name = b"N" * 256
-        run = Run(self, deck=grid_deck(name))
+        run = self.run(grid_deck(name))
         path = b"_NSET_" + name + b".vtk"
         require(b" " + path + b" ...\n Error> cannot open file " + path + b"\n" in run.log, "the log says so")
         require(run.status == 0 and not run.errors, "the run comes to its end")
@@ -459,38 +423,35 @@ class Tests:
 
     def group_name_with_a_format(self):
         name = b"%S%N%D%5$S"
-        run = Run(self, deck=grid_deck(name))
+        run = self.run(grid_deck(name))
         require(run.status == 0 and run.read(b"_NSET_" + name + b".vtk") == self.whole[b"_NSET_LEFT.vtk"],
                 "a name is no format")
 
 
 def main():
-    options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--program", required=True)
-    options.add_argument("--work", required=True)
-    options.add_argument("--only")
-    options = options.parse_args()
-    os.makedirs(options.work, exist_ok=True)
-    tests = Tests(options.program, options.work)
-    tools = {"fresh", "is_sanitized", "faulty_files", "as_nobody"}
-    names = [name for name, value in vars(Tests).items()
-             if callable(value) and not name.startswith(("_", "require")) and name not in tools]
-    failed = skipped = 0
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", required=True, type=os.path.abspath)
+    parser.add_argument("--work", required=True, type=os.path.abspath)
+    parser.add_argument("--only")
+    given = parser.parse_args()
+    tests = Tests(given.program, given.work)
+    tools = {"fresh", "run", "run_with_faults", "is_sanitized", "faulty_files", "as_nobody"}
+    names = [name for name in vars(Tests) if not name.startswith(("_", "require")) and name not in tools]
+    outcomes = {"passed": 0, "skipped": 0, "FAILED": 0}
     for name in names:
-        if options.only and name != options.only:
+        if given.only and name != given.only:
             continue
+        outcome, reason = "passed", ""
         try:
             getattr(tests, name)()
-            print(f"passed  {name}")
-        except Skip as reason:
-            skipped += 1
-            print(f"skipped {name}: {reason}")
+        except Skip as why:
+            outcome, reason = "skipped", f": {why}"
         except Failed as rule:
-            failed += 1
-            print(f"FAILED  {name}: {rule}")
-        sys.stdout.flush()
-    print(f"{len(names)} tests, {failed} failed, {skipped} skipped")
-    return 1 if failed else 0
+            outcome, reason = "FAILED", f": {rule}"
+        outcomes[outcome] += 1
+        print(f"{outcome:7} {name}{reason}", flush=True)
+    print(", ".join(f"{count} {outcome}" for outcome, count in outcomes.items()))
+    return 1 if outcomes["FAILED"] or not outcomes["passed"] else 0
 
 
 if __name__ == "__main__":

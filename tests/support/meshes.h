@@ -64,6 +64,12 @@ inline void AddNodes(const std::vector<At> &points) {
     }
 }
 
+// The same, of a mesh of that dimension.
+inline void AddMesh(int nDim, const std::vector<At> &points) {
+    COM_ArchnDim(nDim);
+    AddNodes(points);
+}
+
 // Columns of all cells of these meshes: enough for every family.
 constexpr int kTestColumns = 10;
 
@@ -71,6 +77,19 @@ constexpr int kTestColumns = 10;
 inline void AddCell(int type, int tag, const std::vector<int> &conn, std::vector<int> faceTags = {}) {
     faceTags.resize(kTestColumns, 0);
     COM_ArchCell(kTestColumns, type, tag, static_cast<int>(conn.size()), conn.data(), faceTags.data());
+}
+
+// A face by positions of nodes.
+inline void AddFace(int type, int tag, const std::vector<int> &conn) {
+    Faces *faces = GetCOM()->Faces;
+    SetNumNodesFaces(static_cast<int>(conn.size()), faces);
+    const int face = GetNextAviableFace(faces);
+    faces->i1Type[face] = type;
+    faces->i1Tag[face] = tag;
+    faces->i1NumNodes[face] = static_cast<int>(conn.size());
+    for (std::size_t k = 0; k < conn.size(); ++k) {
+        faces->i2Conn[k][face] = conn[k];
+    }
 }
 
 inline At PointOf(int node) {

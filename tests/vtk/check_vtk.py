@@ -1,20 +1,17 @@
-#!/usr/bin/python3
-"""Holds the VTK files of a run against its "mesh.input".
+"""Holds the VTK files of a run against its "mesh.input"; run_vtk_checks.py makes the runs.
 
-    check_vtk.py [--good | --oriented] [--straight] [--closed] DIR...
+check_run(DIR) reads "mesh.input" and the "_*.vtk" files of one run with "--vtk". Each VTK file is read three times: by
+a strict reader of the text below, by the VTK library and by meshio. The strict reader exists because the library takes
+short arrays and node numbers out of range without an error. Besides, where the flag asks for it:
 
-Every DIR holds "mesh.input" and the "_*.vtk" files of one run with "--vtk". Each VTK file is read three times: by a
-strict reader of the text below, by the VTK library and by meshio. The strict reader exists because the library takes
-short arrays and node numbers out of range without an error.
+    good      the area or volume of every cell is positive
+    oriented  the same, but cells whose area or volume is nothing or no number are passed over
+    straight  every mid-side node lies in the middle of its edge
+    closed    the faces close, and what they enclose is the volume (in two dimensions the area) of the cells
 
-    --good      the area or volume of every cell is positive
-    --oriented  the same, but cells whose area or volume is nothing or no number are passed over
-    --straight  every mid-side node lies in the middle of its edge
-    --closed    the faces close, and what they enclose is the volume (in two dimensions the area) of the cells
-
-Exit status: 0 all agree, 1 something does not (one line each), 2 wrong arguments, 77 VTK or meshio is not installed.
+Whoever imports it leaves with exit status 77 where VTK or meshio is not installed.
 """
-import argparse, math, os, sys
+import math, os, sys
 from collections import Counter, namedtuple
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
@@ -108,49 +105,49 @@ class Reader:
             self.fail("POINTS: more than %d points" % count)
         return taken
 
+    def expect(self, holds, reason):
+        if not holds:
+            self.fail(reason)
+
+    def counted(self, word, count, what):
+        """A line "WORD count" whose count must be this one."""
+        self.expect(self.section(word, (int,)) == [count], "%s: not for %d %s" % (word, count, what))
+
     def scalars(self, name, count):
         got = self.section("SCALARS", (str, str))
-        if got != [name, "int"]:
-            self.fail("SCALARS %s stands where %s int should" % (" ".join(got), name))
-        if self.section("LOOKUP_TABLE", (str,)) != ["default"]:
-            self.fail("the look-up table is not default")
+        self.expect(got == [name, "int"], "SCALARS %s stands where %s int should" % (" ".join(got), name))
+        self.expect(self.section("LOOKUP_TABLE", (str,)) == ["default"], "the look-up table is not default")
         return self.numbers(int, count, name)
+
+    def cells(self):
+        count, total = self.section("CELLS", (int, int))
+        flat = self.numbers(int, total, "CELLS")
+        cells, at = [], 0
+        while at < len(flat):
+            self.expect(0 <= flat[at] < len(flat) - at, "CELLS: a cell of %d nodes does not fit" % flat[at])
+            cells.append(tuple(flat[at + 1:at + 1 + flat[at]]))
+            at += 1 + flat[at]
+        self.expect(len(cells) == count, "CELLS: %d cells where %d should be" % (len(cells), count))
+        return cells
 
 
 def read_text(path, with_data):
     """The grid of a file as its text says it. Lengths agree with the announced counts when this returns."""
     text = Reader(path)
     for expected in HEADER:
-        if text.line() != expected:
-            text.fail('"%s" is missing' % expected)
+        text.expect(text.line() == expected, '"%s" is missing' % expected)
     count, kind = text.section("POINTS", (int, str))
-    if kind != "float":
-        text.fail("POINTS are %s, not float" % kind)
-    points = text.coordinates(count)
-    n_cells, total = text.section("CELLS", (int, int))
-    flat = text.numbers(int, total, "CELLS")
-    cells, at = [], 0
-    while at < len(flat):
-        if flat[at] < 0 or at + flat[at] >= len(flat):
-            text.fail("CELLS: a cell of %d nodes does not fit" % flat[at])
-        cells.append(tuple(flat[at + 1:at + 1 + flat[at]]))
-        at += 1 + flat[at]
-    if len(cells) != n_cells:
-        text.fail("CELLS: %d cells where %d should be" % (len(cells), n_cells))
-    if text.section("CELL_TYPES", (int,)) != [n_cells]:
-        text.fail("CELL_TYPES: not for %d cells" % n_cells)
-    types = text.numbers(int, n_cells, "CELL_TYPES")
+    text.expect(kind == "float", "POINTS are %s, not float" % kind)
+    points, cells = text.coordinates(count), text.cells()
+    text.counted("CELL_TYPES", len(cells), "cells")
+    types = text.numbers(int, len(cells), "CELL_TYPES")
     cell_data, point_data = {}, {}
     if with_data:
-        if text.section("CELL_DATA", (int,)) != [n_cells]:
-            text.fail("CELL_DATA: not for %d cells" % n_cells)
-        cell_data["CellTag"] = text.scalars("CellTag", n_cells)
-        if text.section("POINT_DATA", (int,)) != [count]:
-            text.fail("POINT_DATA: not for %d points" % count)
-        point_data["NodeTag"] = text.scalars("NodeTag", count)
-        point_data["OnB"] = text.scalars("OnB", count)
-    if any(line.strip() for line in text.lines[text.at:]):
-        text.fail("something follows the last section")
+        text.counted("CELL_DATA", len(cells), "cells")
+        cell_data["CellTag"] = text.scalars("CellTag", len(cells))
+        text.counted("POINT_DATA", count, "points")
+        point_data = {name: text.scalars(name, count) for name in ("NodeTag", "OnB")}
+    text.expect(not any(line.strip() for line in text.lines[text.at:]), "something follows the last section")
     return Grid(points, cells, types, cell_data, point_data)
 
 
@@ -180,13 +177,12 @@ def near(a, b):
 
 
 def points_differ(points, positions):
-    if len(points) != len(positions):
-        return ["POINTS: %d points where %d should be" % (len(points), len(positions))]
+    found = differences("POINTS", [0] * len(points), [0] * len(positions))
     for i, (point, position) in enumerate(zip(points, positions)):
         # In two dimensions "mesh.input" has no z.
-        if not all(near(a, b) for a, b in zip(point, position)):
-            return ["POINTS: point %d is %s where %s should be" % (i, point, position)]
-    return []
+        if not found and not all(near(a, b) for a, b in zip(point, position)):
+            found = ["POINTS: point %d is %s where %s should be" % (i, point, position)]
+    return found
 
 
 def compare_entities(grid, mesh, rows, forms, tags):
@@ -225,10 +221,10 @@ def ask_library(path, text):
     reader.Update()
     grid = reader.GetOutput()
     found = complaints[:1]
-    if grid.GetNumberOfPoints() != len(text.points):
-        found.append("VTK: %d points where the text has %d" % (grid.GetNumberOfPoints(), len(text.points)))
-    if grid.GetNumberOfCells() != len(text.cells):
-        found.append("VTK: %d cells where the text has %d" % (grid.GetNumberOfCells(), len(text.cells)))
+    for what, got, held in (("points", grid.GetNumberOfPoints(), text.points),
+                            ("cells", grid.GetNumberOfCells(), text.cells)):
+        if got != len(held):
+            found.append("VTK: %d %s where the text has %d" % (got, what, len(held)))
     if found:
         return found
     for i, point in enumerate(text.points):
@@ -384,14 +380,14 @@ def fits_float(grid):
     return all(c == 0 or 1.2e-38 <= abs(c) <= 3.4e38 for point in grid.points for c in point)
 
 
-def check_file(folder, name, with_data, compare):
+def check_file(folder, name, with_data, compare, *how):
     """All three readings of one file. Gives (its text as a grid or None, what was found)."""
     path = os.path.join(folder, name)
     try:
         grid = read_text(path, with_data)
     except (TextError, OSError) as trouble:
         return None, ["%s: %s" % (name, trouble)]
-    found = compare(grid)
+    found = compare(grid, *how)
     if fits_float(grid):
         found += ask_library(path, grid) + ask_meshio(path, grid)
     return grid, ["%s: %s" % (name, line) for line in found]
@@ -407,19 +403,17 @@ def check_run(folder, good=False, oriented=False, straight=False, closed=False):
     cells = faces = Grid([], [], [], {}, {})
     if mesh.cells:
         forms = [CELL_FORMS[code] for code in mesh.cell_types]
-        cells, lines = check_file(folder, "_Cells.vtk", True,
-                                  lambda grid: compare_entities(grid, mesh, mesh.cells, forms, mesh.cell_tags))
+        cells, lines = check_file(folder, "_Cells.vtk", True, compare_entities, mesh, mesh.cells, forms, mesh.cell_tags)
         found += lines
     if mesh.faces:
-        shapes = [FACE_FORMS[len(face)] for face in mesh.faces]
-        faces, lines = check_file(folder, "_Faces.vtk", True,
-                                  lambda grid: compare_entities(grid, mesh, mesh.faces, shapes, mesh.face_tags))
+        forms = [FACE_FORMS[len(face)] for face in mesh.faces]
+        faces, lines = check_file(folder, "_Faces.vtk", True, compare_entities, mesh, mesh.faces, forms, mesh.face_tags)
         found += lines
     sets = node_set_files(mesh)
     for name, tag in sets.items():
         # A name that leads into a folder that is not there, or is too long for a file's name, leaves no file.
         if os.path.isdir(os.path.dirname(os.path.join(folder, name))) and len(os.path.basename(name)) <= LONGEST_NAME:
-            found += check_file(folder, name, False, lambda grid, tag=tag: compare_node_set(grid, mesh, tag))[1]
+            found += check_file(folder, name, False, compare_node_set, mesh, tag)[1]
     written = set(sets) | ({"_Cells.vtk"} if mesh.cells else set()) | ({"_Faces.vtk"} if mesh.faces else set())
     found += ["%s: nothing in mesh.input accounts for this file" % name for name in sorted(present - written)]
     if cells is None or faces is None:
@@ -434,24 +428,3 @@ def check_run(folder, good=False, oriented=False, straight=False, closed=False):
     if closed:
         found += ["_Faces.vtk: " + line for line in check_closed(cells, faces, positions, mesh.dimension)]
     return found
-
-
-def main():
-    options = argparse.ArgumentParser(usage=__doc__)
-    for flag in ("good", "oriented", "straight", "closed"):
-        options.add_argument("--" + flag, action="store_true")
-    options.add_argument("folders", nargs="+", metavar="DIR")
-    given = options.parse_args()
-    bad = 0
-    for folder in given.folders:
-        found = check_run(folder, given.good, given.oriented, given.straight, given.closed)
-        for line in found[:20]:
-            print("%s: %s" % (folder, line))
-        bad += bool(found)
-        if not found:
-            print("%s: agrees" % folder)
-    return 1 if bad else 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -1,7 +1,4 @@
-#!/usr/bin/python3
-"""Makes Abaqus decks with gmsh from the .geo files beside this script.
-
-    make_gmsh_decks.py FOLDER
+"""Makes Abaqus decks with gmsh from the .geo files beside this script; run_vtk_checks.py reads them.
 
 Of each geometry, for first order, second order (curved along round edges) and second order with straight edges:
     <name>-raw.inp     as gmsh writes it: the elements of lines, of surfaces and of volumes, element sets, node sets
@@ -9,9 +6,8 @@ Of each geometry, for first order, second order (curved along round edges) and s
                        where groups of elements meet, SEAM, named from both sides
     <name>-turned.inp  the same with every second element listed the wrong way round
     <name>-c.inp       (only where there are several groups) the last group's name begins with "C_"
-Exit status 77 when gmsh is not installed.
 """
-import os, shutil, subprocess, sys
+import os, subprocess
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 GEOMETRIES = (("plate", 2), ("block", 3), ("twoblocks", 3))
@@ -120,14 +116,3 @@ def make_decks(folder):
                 # The cells of a "C_" group have nodes of their own, so that their faces are not joined to each other.
                 made.append((path, {"good": True, "straight": straight, "closed": variant != "-c"}))
     return made
-
-
-if __name__ == "__main__":
-    if len(sys.argv) != 2:
-        print(__doc__)
-        sys.exit(2)
-    if not shutil.which("gmsh"):
-        print("skipped: gmsh is not installed")
-        sys.exit(77)
-    for path, flags in make_decks(sys.argv[1]):
-        print(path, *("--" + flag for flag in flags if flags[flag]))

@@ -99,11 +99,11 @@ def gmsh_decks(folder):
 
 
 def main():
-    options = argparse.ArgumentParser(usage=__doc__)
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     for name in ("--program", "--examples", "--cases", "--work"):
-        options.add_argument(name, required=True)
-    options.add_argument("--decks")
-    given = options.parse_args()
+        parser.add_argument(name, required=True)
+    parser.add_argument("--decks")
+    given = parser.parse_args()
     if not shutil.which("gmsh"):
         print("skipped: gmsh is not installed")
         return 77
