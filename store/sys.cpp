@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdio>
+#include <initializer_list>
 
 namespace {
 
@@ -94,22 +95,24 @@ template <class Step> bool Count(int *nNum, int *nMax, int count, Step step) {
     return grows;
 }
 
+bool AnyNull(std::initializer_list<const void *> arrays) {
+    return std::find(arrays.begin(), arrays.end(), nullptr) != arrays.end();
+}
+
 // True when entries are there and one of the arrays is not: a caller has made the others.
 bool AnyAbsent(const Nodes *nodes) {
     return nodes->nMax > 0 &&
-           (nodes->i1Mark == nullptr || nodes->i1GID == nullptr || nodes->i1Tag == nullptr || nodes->d1X == nullptr ||
-            nodes->d1Y == nullptr || nodes->d1Z == nullptr || nodes->i1OnB == nullptr);
+           AnyNull({nodes->i1Mark, nodes->i1GID, nodes->i1Tag, nodes->d1X, nodes->d1Y, nodes->d1Z, nodes->i1OnB});
 }
 
 bool AnyAbsent(const Faces *faces) {
-    return faces->nMax > 0 && (faces->i1Type == nullptr || faces->i1Tag == nullptr || faces->i1NumNodes == nullptr ||
-                               (faces->i2Conn == nullptr && faces->nNodesPerFace > 0));
+    return faces->nMax > 0 && (AnyNull({faces->i1Type, faces->i1Tag, faces->i1NumNodes}) ||
+                               (faces->nNodesPerFace > 0 && AnyNull({faces->i2Conn})));
 }
 
 bool AnyAbsent(const Cells *cells) {
-    return cells->nMax > 0 && (cells->i1Mark == nullptr || cells->i1Type == nullptr || cells->i1Tag == nullptr ||
-                               cells->i1NumNodes == nullptr ||
-                               ((cells->i2Conn == nullptr || cells->i2FaceTag == nullptr) && cells->nNodesPerCell > 0));
+    return cells->nMax > 0 && (AnyNull({cells->i1Mark, cells->i1Type, cells->i1Tag, cells->i1NumNodes}) ||
+                               (cells->nNodesPerCell > 0 && AnyNull({cells->i2Conn, cells->i2FaceTag})));
 }
 
 } // namespace

@@ -401,6 +401,24 @@ TEST_F(Store, ReleasingLeavesTheColumnCountsOfTheProcessAlone) {
     EXPECT_EQ(Printed([&] { COM_ArchCell(4, kTET4, 1, 4, conn, tags); }), "");
 }
 
+TEST_F(Store, ReleasingPassesOverRecordsThatAreAbsent) {
+    COM_ArchnDim(2);
+    DelNodes(GetCOM()->Nodes);
+    DelFaces(GetCOM()->Faces);
+    DelCells(GetCOM()->Cells);
+    GetCOM()->Nodes = nullptr;
+    GetCOM()->Faces = nullptr;
+    GetCOM()->Cells = nullptr;
+    FreeCOM();
+    EXPECT_EQ(GetCOM(), nullptr);
+    EXPECT_EQ(fake::BlocksHeld(), held);
+}
+
+TEST_F(Store, NoGroupIsFoundWithoutAMesh) {
+    EXPECT_EQ(COM_GetGRcellTagByName("A"), -1);
+    EXPECT_EQ(GetCOM(), nullptr) << "asking makes none";
+}
+
 // Tables made by the caller ----------------------------------------------------------------------------
 
 // Two triangles in arrays of three entries, with tags by slot where `tagged`.

@@ -608,4 +608,15 @@ TEST_F(CleanStore, TablesMadeByHandAreResolvedCompactedAndReleased) {
     EXPECT_EQ(faces->i2Conn[1][0], 2);
 }
 
+// Column counts without entries: no table is there to be walked through.
+TEST_F(CleanStore, ColumnCountsWithoutEntriesAreNoTables) {
+    COM_ArchnDim(2);
+    COM_ArchNode(10, 0, 9, 9, 0);
+    SetNumNodesCells(3, GetCOM()->Cells);
+    SetNumNodesFaces(2, GetCOM()->Faces);
+    const std::string log = Printed(MeshAll);
+    EXPECT_EQ(log.find("Error>"), std::string::npos) << log;
+    EXPECT_EQ(GetCOM()->Nodes->nNum, 0) << "nothing uses the node";
+}
+
 } // namespace
