@@ -1,5 +1,6 @@
-// The law of the layers: driver -> abaqus, translate, output -> store -> support. The three in the middle never include
-// one another, and a room is entered through its folder's door only.
+// The law of the layers. The translator: driver -> abaqus, translate, output -> store -> support; the three in the
+// middle never include one another, and a room is entered through its folder's door only. What stands beside it:
+// kivodeck -> account, flatten, audit -> deck, meshfile -> support; the translator knows none of these.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -22,7 +23,22 @@ const std::map<std::string, std::set<std::string>> kMayInclude{
     {"output", {"output", "store", "support"}},
     {"store", {"store", "support"}},
     {"support", {"support"}},
+    {"kivodeck",
+     {"kivodeck", "account", "flatten", "audit", "deck", "meshfile", "driver", "abaqus", "translate", "output", "store",
+      "support"}},
+    {"account", {"account", "deck", "abaqus", "store", "support"}},
+    {"flatten", {"flatten", "deck", "support"}},
+    {"audit", {"audit", "meshfile", "support"}},
+    {"deck", {"deck", "support"}},
+    {"meshfile", {"meshfile", "support"}},
 };
+
+// Rooms that are open as a whole to those who may include them.
+const std::set<std::string> kOpen{"store", "support", "account", "flatten", "audit", "deck", "meshfile"};
+
+bool IsThere(const std::string &folder) {
+    return fs::is_directory(fs::path(KIVOM_SOURCES) / folder);
+}
 
 struct Include {
     std::string folder; // of the file that includes
@@ -48,6 +64,9 @@ std::string IncludedBy(const std::string &line) {
 std::vector<Include> AllIncludes() {
     std::vector<Include> includes;
     for (const auto &folder : kMayInclude) {
+        if (!IsThere(folder.first)) {
+            continue;
+        }
         for (const auto &entry : fs::recursive_directory_iterator(fs::path(KIVOM_SOURCES) / folder.first)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".cpp" && extension != ".h") {
@@ -75,7 +94,9 @@ TEST(Layers, EveryIncludeIsSeen) {
     for (const Include &include : AllIncludes()) {
         folders.insert(include.folder);
     }
-    EXPECT_EQ(folders.size(), kMayInclude.size());
+    for (const auto &folder : kMayInclude) {
+        EXPECT_EQ(folders.count(folder.first) == 1, IsThere(folder.first)) << folder.first;
+    }
     EXPECT_GT(AllIncludes().size(), 100u);
 }
 
@@ -88,11 +109,11 @@ TEST(Layers, NoFolderIncludesOneAboveItOrBesideIt) {
     }
 }
 
-// Doors have capitals in their names; store and support are open as a whole.
+// Doors have capitals in their names.
 bool IsRoom(const Include &include) {
     const std::string folder = FolderOf(include);
     const std::string name = fs::path(include.included).filename().string();
-    return folder != "store" && folder != "support" && std::islower(static_cast<unsigned char>(name[0])) != 0;
+    return kOpen.count(folder) == 0 && std::islower(static_cast<unsigned char>(name[0])) != 0;
 }
 
 TEST(Layers, NoFolderIncludesARoomOfAnother) {
