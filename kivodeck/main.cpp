@@ -137,7 +137,7 @@ int Run(int argc, char **argv) {
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
     DescribeExplain(explain, &options);
-    if (argc > 1 && argv[1][0] != '-' && app.get_subcommand_no_throw(argv[1]) == nullptr) {
+    if (argc > 1 && argv[1][0] != '-' && argv[1] != check->get_name() && argv[1] != explain->get_name()) {
         return Fail("usage", std::string("there is no command ") + argv[1] + " (kivodeck --help lists them)");
     }
     try {
