@@ -14,9 +14,9 @@ using deck::Keyword;
 const char *KindName(Keyword keyword) {
     switch (keyword) {
     case Keyword::node:
-        return "nodes";
+        return "node section";
     case Keyword::element:
-        return "elements";
+        return "element section";
     case Keyword::nset:
         return "node set";
     case Keyword::elset:
@@ -86,9 +86,8 @@ void SortWhatDeckSays(Account *account) {
                 to->push_back(&finding);
             }
         }
-        std::stable_sort(to->begin(), to->end(), [](const deck::Finding *a, const deck::Finding *b) {
-            return a->place.line < b->place.line;
-        });
+        std::stable_sort(to->begin(), to->end(),
+                         [](const deck::Finding *a, const deck::Finding *b) { return a->place.line < b->place.line; });
     };
     account->remarks.clear();
     account->told.clear();

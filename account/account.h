@@ -70,7 +70,7 @@ struct Account {
     std::vector<CardUse> cards; // for each of deck.cards
     std::vector<int> lostRows;  // lines of the deck's own file whose rows the reader does not hold; ascending
 
-    std::vector<char> placedHeld; // for each of mesh.placed: the reader's rows stand for it
+    std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
     BlockIndex<ABQNodeBlock> nodeBlocks;
     BlockIndex<ABQCellBlock> cellBlocks;

@@ -21,7 +21,8 @@ constexpr double kTurnedBelow = 1e-10;
 constexpr double kFlatRatio = 1e-12;
 
 const deck::ElementSection &SectionOf(const Account &account, const ElementRun &run) {
-    return account.deck.scopes[static_cast<std::size_t>(run.scope)].elements.sections[static_cast<std::size_t>(run.section)];
+    return account.deck.scopes[static_cast<std::size_t>(run.scope)]
+        .elements.sections[static_cast<std::size_t>(run.section)];
 }
 
 const deck::ElementType &TypeOf(const Account &account, const ElementRun &run) {
@@ -70,8 +71,8 @@ Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
         d[k][0] = mesh.x[b] - mesh.x[a];
         d[k][1] = mesh.y[b] - mesh.y[a];
         d[k][2] = mesh.z[b] - mesh.z[a];
-        longest = std::max(longest, std::sqrt(d[k][0] * d[k][0] + d[k][1] * d[k][1] +
-                                              (dimension == 3 ? d[k][2] * d[k][2] : 0)));
+        longest = std::max(longest,
+                           std::sqrt(d[k][0] * d[k][0] + d[k][1] * d[k][1] + (dimension == 3 ? d[k][2] * d[k][2] : 0)));
     }
     if (dimension == 2) {
         return {d[0][0] * d[1][1] - d[1][0] * d[0][1], longest, 2};
@@ -83,8 +84,8 @@ Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
 }
 
 bool IsFlat(const Measure &measure) {
-    const double scale = measure.dimension == 2 ? measure.length * measure.length
-                                                : measure.length * measure.length * measure.length;
+    const double scale =
+        measure.dimension == 2 ? measure.length * measure.length : measure.length * measure.length * measure.length;
     return std::fabs(measure.value) <= kFlatRatio * scale;
 }
 
@@ -233,9 +234,7 @@ void AccountLines(Account *account) {
             edges = EdgesOfCells(*account);
         }
         const bool onEdges = DimensionOf(type.type.shape) == 1 && LieOnEdges(mesh, run, edges);
-        const Code code = !onEdges               ? Code::cannotBeKept
-                          : mesh.dimension == 2 ? Code::lineElements
-                                                : Code::edgeLines;
+        const Code code = !onEdges ? Code::cannotBeKept : mesh.dimension == 2 ? Code::lineElements : Code::edgeLines;
         Add(account, code, PlaceOf(*account, card, "TYPE"), {type.name}, static_cast<long long>(run.count));
     }
 }

@@ -11,15 +11,14 @@ constexpr const char *kLevels[] = {"error", "warning", "note"};
 
 // ORDER: deck::Code, up to its spellings, which are no findings by themselves.
 constexpr Code kFromDeck[] = {
-    Code::unreadable,       Code::includeMissing, Code::includeCycle,      Code::includeEncrypted,
-    Code::includeElsewhere, Code::misspelt,       Code::misspeltParameter, Code::unknownParameter,
-    Code::missingParameter, Code::badNumber,      Code::numberRange,       Code::rowBeforeKeyword,
-    Code::strayRow,         Code::uncertain,      Code::notMesh,           Code::tooMany,
-    Code::unknownType,      Code::moreNodes,      Code::missingNumber,     Code::missingNode,
-    Code::nodeRepeated,     Code::nodeTwice,      Code::elementTwice,      Code::generatorEnds,
-    Code::missingMember,    Code::setLater,       Code::setCycle,          Code::nameTwice,
-    Code::unknownLabel,     Code::freeFaces,      Code::scopeEnds,         Code::scopeEnds,
-    Code::unknownPart,      Code::nameTwice,      Code::partUnused,        Code::emptyDeck,
+    Code::unreadable,   Code::includeMissing,    Code::includeCycle,     Code::includeEncrypted, Code::includeElsewhere,
+    Code::misspelt,     Code::misspeltParameter, Code::unknownParameter, Code::missingParameter, Code::badNumber,
+    Code::numberRange,  Code::rowBeforeKeyword,  Code::strayRow,         Code::uncertain,        Code::notMesh,
+    Code::tooMany,      Code::unknownType,       Code::moreNodes,        Code::missingNumber,    Code::missingNode,
+    Code::nodeRepeated, Code::nodeTwice,         Code::elementTwice,     Code::generatorEnds,    Code::missingMember,
+    Code::setLater,     Code::setCycle,          Code::nameTwice,        Code::unknownLabel,     Code::freeFaces,
+    Code::scopeEnds,    Code::scopeEnds,         Code::unknownPart,      Code::nameTwice,        Code::partUnused,
+    Code::emptyDeck,
 };
 static_assert(sizeof kFromDeck / sizeof kFromDeck[0] == static_cast<int>(deck::Code::abbreviated),
               "each of the deck's findings has a row");
@@ -63,7 +62,11 @@ std::string TextOf(const Finding &finding) {
 }
 
 Finding FromDeck(const deck::Finding &finding) {
-    return {kFromDeck[static_cast<int>(finding.code)], finding.place, finding.words, finding.count};
+    Finding own{kFromDeck[static_cast<int>(finding.code)], finding.place, finding.words, finding.count};
+    if (finding.code == deck::Code::scopeOpen) {
+        own.words.push_back("it is never ended");
+    }
+    return own;
 }
 
 } // namespace account

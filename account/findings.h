@@ -137,11 +137,11 @@ constexpr int kCodes = static_cast<int>(Code::differs) + 1;
 
 struct FindingKind {
     Code code;
-    const char *word;        // stable: lower case and dashes
+    const char *word; // stable: lower case and dashes
     Level level;
-    const char *text;        // %1, %2 ... are a finding's words, %n its count
+    const char *text; // %1, %2 ... are a finding's words, %n its count
     const char *explanation;
-    const char *example;     // a deck that causes this finding and no other; null where one file alone cannot
+    const char *example; // a deck that causes this finding and no other; null where one file alone cannot
     const char *remedy;
 };
 

@@ -95,10 +95,10 @@ void CompareTwice(Account *account, std::vector<Named> names, Keyword keyword) {
 void AccountElementGroups(Account *account) {
     const ByLine<ABQCellBlock> blocks(ABQDeck()->cellBlocks);
     for (std::size_t c = 0; c < account->cards.size(); ++c) {
-        const ABQCellBlock *block = account->deck.cards[c].keyword == Keyword::element &&
-                                            account->cards[c].state == CardState::held
-                                        ? blocks.Find(account->cards[c].readLine)
-                                        : nullptr;
+        const ABQCellBlock *block =
+            account->deck.cards[c].keyword == Keyword::element && account->cards[c].state == CardState::held
+                ? blocks.Find(account->cards[c].readLine)
+                : nullptr;
         if (block == nullptr || block->count == 0) {
             continue;
         }

@@ -18,8 +18,12 @@ namespace {
 bool atWork = false;
 
 struct AtWork {
-    AtWork() { atWork = true; }
-    ~AtWork() { atWork = false; }
+    AtWork() {
+        atWork = true;
+    }
+    ~AtWork() {
+        atWork = false;
+    }
 };
 
 // What a section's first line of log begins with.
@@ -29,8 +33,8 @@ struct Opening {
 };
 
 constexpr Opening kOpenings[] = {
-    {"  Reading Nodes ", SectionKind::kNodes},      {"  Reading Elements ", SectionKind::kElements},
-    {"  Reading NSET ", SectionKind::kNodeSet},     {"  Reading ELSET ", SectionKind::kElementSet},
+    {"  Reading Nodes ", SectionKind::kNodes},     {"  Reading Elements ", SectionKind::kElements},
+    {"  Reading NSET ", SectionKind::kNodeSet},    {"  Reading ELSET ", SectionKind::kElementSet},
     {"  Reading Surface ", SectionKind::kSurface},
 };
 

@@ -31,14 +31,22 @@ class Reading {
     Reading(const Reading &) = delete;
     Reading &operator=(const Reading &) = delete;
 
-    bool opened() const { return opened_; }
-    bool readToEnd() const { return readToEnd_; }
+    bool opened() const {
+        return opened_;
+    }
+    bool readToEnd() const {
+        return readToEnd_;
+    }
 
     // Sections in the order of the deck; of keywords that the reader passes over there is none.
-    const std::vector<ReadSection> &sections() const { return sections_; }
+    const std::vector<ReadSection> &sections() const {
+        return sections_;
+    }
 
     // Lines at which the reader dropped what is beyond its line's length, ascending.
-    const std::vector<long long> &longLines() const { return longLines_; }
+    const std::vector<long long> &longLines() const {
+        return longLines_;
+    }
 
     // Orders, numbers and resolves the records: rows are by number then, no longer as they stand in the deck.
     void Resolve();

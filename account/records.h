@@ -14,7 +14,8 @@ template <class Record> class ByLine {
         for (; list != nullptr; list = list->next) {
             records_.push_back(list);
         }
-        std::sort(records_.begin(), records_.end(), [](const Record *a, const Record *b) { return a->nLine < b->nLine; });
+        std::sort(records_.begin(), records_.end(),
+                  [](const Record *a, const Record *b) { return a->nLine < b->nLine; });
     }
 
     // The record of that line, or null.
@@ -25,7 +26,9 @@ template <class Record> class ByLine {
     }
 
     // All of them, in the order of the deck.
-    const std::vector<Record *> &all() const { return records_; }
+    const std::vector<Record *> &all() const {
+        return records_;
+    }
 
   private:
     std::vector<Record *> records_;

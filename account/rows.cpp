@@ -27,7 +27,9 @@ class RowList {
             }
         }
     }
-    std::size_t size() const { return size_; }
+    std::size_t size() const {
+        return size_;
+    }
     std::size_t operator[](std::size_t k) const {
         std::size_t range = 0;
         while (k >= ranges_[range].second) {
@@ -62,7 +64,9 @@ class Teller {
         account_->lostRows.push_back(line);
     }
 
-    bool Remarked(deck::Code code) const { return RemarkOn(*account_, card_, code) != nullptr; }
+    bool Remarked(deck::Code code) const {
+        return RemarkOn(*account_, card_, code) != nullptr;
+    }
 
     bool DeckTold(deck::Code code) const {
         return DeckSays(*account_, code, PlaceOf(*account_, card_).line, LastLineOf(*account_, card_));
@@ -74,7 +78,9 @@ class Teller {
         return first != lines.end() && *first <= LastLineOf(*account_, card_);
     }
 
-    void Flaw() { account_->cards[static_cast<std::size_t>(card_)].flawed = true; }
+    void Flaw() {
+        account_->cards[static_cast<std::size_t>(card_)].flawed = true;
+    }
 
     // The comma at the end of the deck's last row before the next section took something in; that is told there.
     bool NextIsUnseen() const {
@@ -240,15 +246,14 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
     const int system = SystemOf(*account, card);
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
-        const NodeRow pair{table.line[row],
-                           {table.x[row], table.y[row], table.z[row]},
-                           {block.d1X[j], block.d1Y[j], block.d1Z[j]}};
+        const NodeRow pair{
+            table.line[row], {table.x[row], table.y[row], table.z[row]}, {block.d1X[j], block.d1Y[j], block.d1Z[j]}};
         if (SameReal(pair.meant[0], pair.read[0]) && SameReal(pair.meant[1], pair.read[1]) &&
             SameReal(pair.meant[2], pair.read[2])) {
             return;
         }
-        const bool tookNext = (beforeGap || (i + 1 == rows.size() && teller.NextIsUnseen())) &&
-                              teller.Remarked(deck::Code::rowEndComma);
+        const bool tookNext =
+            (beforeGap || (i + 1 == rows.size() && teller.NextIsUnseen())) && teller.Remarked(deck::Code::rowEndComma);
         if (tookNext) {
             return;
         }
@@ -286,7 +291,8 @@ void CompareElementRows(Account *account, int card, const ABQCellBlock &block) {
             ++at;
         }
         const deck::ElementSection &section = table.sections[at];
-        const int *nodes = &table.nodes[section.firstNode + (row - section.first) * static_cast<std::size_t>(section.width)];
+        const int *nodes =
+            &table.nodes[section.firstNode + (row - section.first) * static_cast<std::size_t>(section.width)];
         for (int k = 0; k < block.nNodes && k < section.width; ++k) {
             if (nodes[k] != block.i2Conn[k][j]) {
                 teller.Lose(table.line[row]);
@@ -359,7 +365,8 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
             for (std::size_t e = table.rowFirst[row]; e < table.rowFirst[row + 1]; ++e, ++j) {
                 const int entry = table.entries[e];
                 if (entry < 0) {
-                    TellName(account, &teller, card, table.rowLine[row], table.names[static_cast<std::size_t>(-1 - entry)]);
+                    TellName(account, &teller, card, table.rowLine[row],
+                             table.names[static_cast<std::size_t>(-1 - entry)]);
                     teller.Flaw();
                 } else if (j >= count || set.numbers[j] != entry) {
                     TellAltered(&teller, table.rowLine[row], std::to_string(entry),
@@ -372,7 +379,8 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
         }
     }
     if (j < count && !teller.DeckTold(deck::Code::badNumber) && !teller.DeckTold(deck::Code::numberRange)) {
-        teller.Tell(Code::differs, 0, {SectionName(*account, card) + ": the translator reads more members than there are"});
+        teller.Tell(Code::differs, 0,
+                    {SectionName(*account, card) + ": the translator reads more members than there are"});
     }
 }
 
@@ -413,7 +421,8 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
         const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
         for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount && section.file == 0; ++r) {
             const deck::SurfaceRow &row = table.rows[r];
-            if (row.label >= deck::Label::s1 && row.label <= deck::Label::e4) { // the reader takes rows with such labels
+            if (row.label >= deck::Label::s1 &&
+                row.label <= deck::Label::e4) { // the reader takes rows with such labels
                 meantKeys.push_back(KeyOf(table, row));
                 lines.push_back(row.line);
             }
@@ -437,8 +446,8 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
         const std::size_t lost = gap.meantEnd - gap.meant;
         if (lost > 0) {
             const std::string rows = lost == 1 ? "the next row" : "the next " + std::to_string(lost) + " rows";
-            teller.Tell(gap.meant == 0 ? Code::keywordEndComma : Code::rowEndComma, gap.meant == 0 ? 0 : lines[gap.meant - 1],
-                        {rows}, static_cast<long long>(lost));
+            teller.Tell(gap.meant == 0 ? Code::keywordEndComma : Code::rowEndComma,
+                        gap.meant == 0 ? 0 : lines[gap.meant - 1], {rows}, static_cast<long long>(lost));
         }
     }
 }

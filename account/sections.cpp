@@ -18,26 +18,16 @@ struct RefusedWord {
 };
 
 constexpr RefusedWord kRefusedWords[] = {
-    {"GENERATE", Code::noGenerate},
-    {"INPUT", Code::noInput},
-    {"SYSTEM", Code::noSystem},
-    {"FILE", Code::noFile},
-    {"OFFSET", Code::noOffset},
-    {"SOLIDELEMENTNUMBERING", Code::noSolidElementNumbering},
-    {"ELSET", Code::noElset},
-    {"INSTANCE", Code::noInstance},
-    {"INTERNAL", Code::noInternal},
-    {"UNSORTED", Code::noUnsorted},
-    {"COMBINE", Code::noCombine},
-    {"CROP", Code::noCrop},
-    {"DEFINITION", Code::noDefinition},
-    {"FILLETRADIUS", Code::noFilletRadius},
-    {"REGIONTYPE", Code::noRegionType},
-    {"TRIM", Code::noTrim},
-    {"MAXRATIO", Code::noMaxRatio},
-    {"NOOFFSET", Code::noNoOffset},
-    {"NOTHICK", Code::noNoThick},
-    {"SCALETHICK", Code::noScaleThick},
+    {"GENERATE", Code::noGenerate},     {"INPUT", Code::noInput},
+    {"SYSTEM", Code::noSystem},         {"FILE", Code::noFile},
+    {"OFFSET", Code::noOffset},         {"SOLIDELEMENTNUMBERING", Code::noSolidElementNumbering},
+    {"ELSET", Code::noElset},           {"INSTANCE", Code::noInstance},
+    {"INTERNAL", Code::noInternal},     {"UNSORTED", Code::noUnsorted},
+    {"COMBINE", Code::noCombine},       {"CROP", Code::noCrop},
+    {"DEFINITION", Code::noDefinition}, {"FILLETRADIUS", Code::noFilletRadius},
+    {"REGIONTYPE", Code::noRegionType}, {"TRIM", Code::noTrim},
+    {"MAXRATIO", Code::noMaxRatio},     {"NOOFFSET", Code::noNoOffset},
+    {"NOTHICK", Code::noNoThick},       {"SCALETHICK", Code::noScaleThick},
 };
 
 SectionKind KindOf(Keyword keyword) {

@@ -87,8 +87,8 @@ void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const s
     const Fate fate = FateOf(account, set, held);
     const int card = held.cards.back();
     for (const auto &[tag, count] : fate.taken) {
-        Add(account, Code::overlapNodes, PlaceOf(*account, card), {set.plain, byTag[static_cast<std::size_t>(tag)]->name},
-            count);
+        Add(account, Code::overlapNodes, PlaceOf(*account, card),
+            {set.plain, byTag[static_cast<std::size_t>(tag)]->name}, count);
     }
     if (fate.unused > 0 && !account->mesh.elementNumber.empty()) {
         Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {set.plain}, fate.unused);
@@ -141,7 +141,8 @@ void AccountNodeSets(Account *account) {
         }
         const deck::Place place = PlaceOf(*account, held.cards.front());
         if (set.members.empty()) {
-            if (held.whole && !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
+            if (held.whole &&
+                !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
                 Add(account, Code::emptySet, place, {"node set", set.plain});
             }
             continue;

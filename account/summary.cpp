@@ -75,7 +75,9 @@ class UsedNodes {
             }
         }
     }
-    ~UsedNodes() { ReleaseIDIndex(&index_); }
+    ~UsedNodes() {
+        ReleaseIDIndex(&index_);
+    }
     UsedNodes(const UsedNodes &) = delete;
     UsedNodes &operator=(const UsedNodes &) = delete;
 

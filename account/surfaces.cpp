@@ -41,14 +41,16 @@ HeldSurface FindRecords(const Account &account, const MeshSurface &surface, cons
 }
 
 // The row of the surface at that line, with its table; null when it has none.
-const SurfaceRow *RowAt(const Account &account, const MeshSurface &surface, int line, const deck::SurfaceTable **table) {
+const SurfaceRow *RowAt(const Account &account, const MeshSurface &surface, int line,
+                        const deck::SurfaceTable **table) {
     for (const deck::Origin &origin : surface.origins) {
         *table = &account.deck.scopes[static_cast<std::size_t>(origin.scope)].surfaces;
         for (const int s : (*table)->surfaces[static_cast<std::size_t>(origin.index)].sections) {
             const deck::SurfaceSection &section = (*table)->sections[static_cast<std::size_t>(s)];
             const auto first = (*table)->rows.begin() + static_cast<std::ptrdiff_t>(section.firstRow);
             const auto last = first + static_cast<std::ptrdiff_t>(section.rowCount);
-            const auto found = std::lower_bound(first, last, line, [](const SurfaceRow &row, int at) { return row.line < at; });
+            const auto found =
+                std::lower_bound(first, last, line, [](const SurfaceRow &row, int at) { return row.line < at; });
             if (found != last && found->line == line && section.file == 0) {
                 return &*found;
             }
@@ -91,7 +93,8 @@ Fate FateOf(Account *account, const MeshSurface &surface, const HeldSurface &hel
             ++fate.shellSides[face.line];
             continue;
         }
-        const int tag = TagOfFace(account, account->mesh.elementNumber[static_cast<std::size_t>(face.element)], face.side);
+        const int tag =
+            TagOfFace(account, account->mesh.elementNumber[static_cast<std::size_t>(face.element)], face.side);
         if (tag > 0 && !mine(tag)) {
             ++fate.taken[tag];
         } else if (tag <= 0) {
@@ -102,7 +105,8 @@ Fate FateOf(Account *account, const MeshSurface &surface, const HeldSurface &hel
 }
 
 const char *LabelWord(Label label) {
-    static constexpr const char *kWords[] = {"S1", "S2", "S3", "S4", "S5", "S6", "E1", "E2", "E3", "E4", "SPOS", "SNEG"};
+    static constexpr const char *kWords[] = {"S1", "S2", "S3", "S4", "S5",   "S6",
+                                             "E1", "E2", "E3", "E4", "SPOS", "SNEG"};
     return label >= Label::s1 && label <= Label::sneg ? kWords[static_cast<int>(label)] : "the element";
 }
 

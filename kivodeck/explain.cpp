@@ -50,8 +50,8 @@ std::string Indent(const std::string &text, const std::string &indent) {
 }
 
 std::string AsText(const FindingKind &kind) {
-    std::string text = std::string(kind.word) + " (" + account::LevelWord(kind.level) + ")\n" + Wrap(PlainText(kind), "  ") +
-                       "\n" + Wrap(kind.explanation, "  ");
+    std::string text = std::string(kind.word) + " (" + account::LevelWord(kind.level) + ")\n" +
+                       Wrap(PlainText(kind), "  ") + "\n" + Wrap(kind.explanation, "  ");
     if (kind.example != nullptr) {
         text += "\n  A deck with this finding:\n\n" + Indent(kind.example, "    ");
     }
@@ -59,12 +59,9 @@ std::string AsText(const FindingKind &kind) {
 }
 
 ordered_json AsJson(const FindingKind &kind) {
-    ordered_json object = {{"code", kind.word},
-                           {"level", account::LevelWord(kind.level)},
-                           {"text", kind.text},
-                           {"explanation", kind.explanation},
-                           {"example", nullptr},
-                           {"remedy", kind.remedy}};
+    ordered_json object = {{"code", kind.word},  {"level", account::LevelWord(kind.level)},
+                           {"text", kind.text},  {"explanation", kind.explanation},
+                           {"example", nullptr}, {"remedy", kind.remedy}};
     if (kind.example != nullptr) {
         object["example"] = kind.example;
     }

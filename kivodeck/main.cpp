@@ -56,10 +56,11 @@ void EndInOrder() {
     }
     std::fprintf(stderr, "kivodeck: %s\n", kShortage);
     if (wantsJson) {
-        std::fputs("{\"schema_version\": 1, \"findings\": [{\"code\": \"unreadable\", \"level\": \"error\", \"file\": \"\", "
-                   "\"line\": 0, \"column\": 0, \"text\": \"memory is short\", \"count\": 1}], "
-                   "\"verdict\": {\"errors\": 1, \"warnings\": 0, \"notes\": 0}}\n",
-                   output);
+        std::fputs(
+            "{\"schema_version\": 1, \"findings\": [{\"code\": \"unreadable\", \"level\": \"error\", \"file\": \"\", "
+            "\"line\": 0, \"column\": 0, \"text\": \"memory is short\", \"count\": 1}], "
+            "\"verdict\": {\"errors\": 1, \"warnings\": 0, \"notes\": 0}}\n",
+            output);
     }
     std::fflush(output);
     std::_Exit(kFailed);

@@ -169,8 +169,8 @@ std::string TextReport(const Report &report, const TextStyle &style) {
         if (style.all || shown[code] < kMostOfACode) {
             text += FindingLine(report, finding, style.colour);
         } else if (shown[code] == kMostOfACode) {
-            text += "and " + std::to_string(total[code] - kMostOfACode) + " more [" + account::KindOf(finding.code).word +
-                    "]\n";
+            text += "and " + std::to_string(total[code] - kMostOfACode) + " more [" +
+                    account::KindOf(finding.code).word + "]\n";
         }
         ++shown[code];
     }
@@ -191,11 +191,12 @@ std::string JsonReport(const std::vector<Report> &reports) {
         warnings += report.warnings;
         notes += report.notes;
     }
-    return Dump({{"schema_version", kSchemaVersion}, {"decks", decks}, {"verdict", VerdictJson(errors, warnings, notes)}});
+    return Dump(
+        {{"schema_version", kSchemaVersion}, {"decks", decks}, {"verdict", VerdictJson(errors, warnings, notes)}});
 }
 
 std::string JsonFailure(const std::string &code, const std::string &text) {
-    const ordered_json finding = {{"code", code}, {"level", "error"}, {"file", ""},   {"line", 0},
+    const ordered_json finding = {{"code", code}, {"level", "error"}, {"file", ""}, {"line", 0},
                                   {"column", 0},  {"text", text},     {"count", 1}};
     return Dump({{"schema_version", kSchemaVersion},
                  {"findings", ordered_json::array({finding})},

@@ -25,7 +25,8 @@ std::string JsonReport(const std::vector<account::Report> &reports);
 // The object of a run that came to nothing: one finding without a place.
 std::string JsonFailure(const std::string &code, const std::string &text);
 
-// All codes, or one, as `explain` shows them. Formats: text, json, man (a section of the manual page), markdown (a table).
+// All codes, or one, as `explain` shows them. Formats: text, json, man (a section of the manual page), markdown (a
+// table).
 std::string ExplainAll(const std::string &format);
 std::string ExplainOne(account::Code code, const std::string &format);
 

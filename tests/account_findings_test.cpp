@@ -46,7 +46,9 @@ class Workshop {
         fs::remove_all(folder_);
         fs::create_directories(folder_);
     }
-    ~Workshop() { fs::remove_all(folder_); }
+    ~Workshop() {
+        fs::remove_all(folder_);
+    }
 
     std::string Write(const std::string &file, const std::string &text) const {
         std::ofstream(folder_ / file, std::ios::binary) << text;
@@ -60,7 +62,9 @@ class Workshop {
         return ReadFile(folder_ / "log");
     }
 
-    std::string MeshFile() const { return ReadFile(folder_ / "mesh.input"); }
+    std::string MeshFile() const {
+        return ReadFile(folder_ / "mesh.input");
+    }
 
   private:
     fs::path folder_;
@@ -71,8 +75,8 @@ std::vector<std::string> Told(const Report &report) {
     std::vector<std::string> told;
     for (const Finding &finding : report.findings) {
         const account::FindingKind &kind = KindOf(finding.code);
-        told.push_back(std::to_string(finding.place.line) + " " + account::LevelWord(kind.level) + " " + kind.word + ": " +
-                       account::TextOf(finding));
+        told.push_back(std::to_string(finding.place.line) + " " + account::LevelWord(kind.level) + " " + kind.word +
+                       ": " + account::TextOf(finding));
     }
     return told;
 }
@@ -119,7 +123,8 @@ std::vector<int> CodesWithExample() {
 }
 
 std::string NameOf(std::string word) {
-    std::replace_if(word.begin(), word.end(), [](char c) { return c == '-' || c == '.'; }, '_');
+    std::replace_if(
+        word.begin(), word.end(), [](char c) { return c == '-' || c == '.'; }, '_');
     return word;
 }
 
@@ -248,7 +253,8 @@ class Catalogued : public testing::TestWithParam<std::string> {};
 
 TEST_P(Catalogued, CleanDeckReportsNothing) {
     const Workshop workshop(GetParam() + "_clean");
-    const Report report = CheckDeck(workshop.Write("deck.inp", ReadFile(fs::path(KIVOM_FINDINGS) / (GetParam() + ".inp"))));
+    const Report report =
+        CheckDeck(workshop.Write("deck.inp", ReadFile(fs::path(KIVOM_FINDINGS) / (GetParam() + ".inp"))));
     EXPECT_EQ(Joined(Told(report)), "");
     EXPECT_TRUE(report.readable);
 }

@@ -118,17 +118,21 @@ bool IsRoom(const Include &include) {
 
 TEST(Layers, NoFolderIncludesARoomOfAnother) {
     for (const Include &include : AllIncludes()) {
-        if (!include.system && include.folder != FolderOf(include)) {
+        const bool itsReader = include.folder == "account" && FolderOf(include) == "abaqus"; // it looks at the records
+        if (!include.system && include.folder != FolderOf(include) && !itsReader) {
             EXPECT_FALSE(IsRoom(include)) << include.folder << "/" << include.file << " includes " << include.included;
         }
     }
 }
 
-TEST(Layers, OnlyOneFileCallsTheSystem) {
+// One for files and memory, one for the terminal.
+TEST(Layers, OnlyTwoFilesCallTheSystem) {
+    const std::set<std::string> callers{"support/system.cpp", "kivodeck/terminal.cpp"};
     const std::set<std::string> system{"unistd.h", "fcntl.h", "malloc.h", "signal.h", "csignal"};
     for (const Include &include : AllIncludes()) {
         if (include.system && (system.count(include.included) == 1 || include.included.compare(0, 4, "sys/") == 0)) {
-            EXPECT_EQ(include.folder + "/" + include.file, "support/system.cpp") << include.included;
+            EXPECT_EQ(callers.count(include.folder + "/" + include.file), 1u)
+                << include.folder << "/" << include.file << " includes " << include.included;
         }
     }
 }
