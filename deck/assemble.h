@@ -106,6 +106,7 @@ struct Mesh {
         int placed;
         int scope;
         int index; // in Scope::assignments
+        int set;   // in elementSets; -1 where ELSET= names none
     };
     std::vector<Assigned> assignments;
 

@@ -54,6 +54,7 @@ struct Card {
         name; // the keyword as meant ("END PART", "SOLID SECTION"); as written (folded) when it is no mesh keyword
     std::string written;   // as written behind the '*', single blanks between words
     Place place;           // of the '*'
+    bool misspelt = false; // name is the keyword meant; its rows are lost unless it only begins or ends a scope
     int lastLine = 0;      // of the keyword line and what continues it
     bool endComma = false; // a comma stands at its end and nothing followed
     std::vector<Parameter> parameters;

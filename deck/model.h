@@ -70,12 +70,12 @@ struct ElementTable {
 
 enum class SetSource {
     rows,     // members as listed
-    ranges,   // GENERATE: three entries a range, first, last, step
+    ranges,   // GENERATE and what generators make: three entries a row, first, last, step (not 0)
     elset,    // *NSET, ELSET=: nodes of that set's elements; `source` is its name
     surface,  // *NSET, SURFACE=
     nodes,    // NSET= on *NODE: the nodes of node section `rowsOf`
     elements, // ELSET= on *ELEMENT: the elements of element section `rowsOf`
-    generated // NSET=, ELSET=, NEW SET= of a generator: members as listed
+    generated // NSET=, NEW SET= of a generator: members as listed
 };
 
 // Some members of a set, from one card.
@@ -105,19 +105,19 @@ struct SetTable {
     std::map<std::string, int> byName;
     std::vector<SetSection> sections;
     std::vector<int> rowLine;
-    std::vector<std::size_t> rowFirst; // first entry of each row; rowFirst[rows] is entries.size()
+    std::vector<std::size_t> rowFirst{0}; // first entry of each row; rowFirst[rows] is entries.size()
     std::vector<int> entries;
     std::vector<std::string> names;
 };
 
 enum class Label : signed char { none = -1, s1, s2, s3, s4, s5, s6, e1, e2, e3, e4, spos, sneg, unknown };
 
-enum class SurfaceKind { element, node, combined, crop, refused };
+enum class SurfaceKind { element, node, combined, refused };
 enum class Combine { none, unite, intersect, subtract };
 
 struct SurfaceRow {
     int line;
-    int member; // a number, or -1 - p for SurfaceTable::names[p]; 0: the row names nothing (all elements)
+    int member; // a number, or -1 - p for SurfaceTable::names[p]
     Label label;
     int labelWord; // position in names of an unknown label, else -1
 };
@@ -131,7 +131,6 @@ struct SurfaceSection {
     std::size_t firstRow = 0;
     std::size_t rowCount = 0;
     bool internal = false;
-    std::array<double, 6> box{}; // of crop: two corners
 };
 
 struct Surface {
@@ -204,9 +203,13 @@ struct Deck {
     bool readable = true; // false: the deck or an include is missing or could not be read to its end
 };
 
+struct Limits {
+    long long mostGenerated = kMostInRange; // nodes and elements that all generators of a deck make together
+};
+
 // The deck in the file of that path, with all that it includes. Never fails: what cannot be read is a finding
 // (`unreadable` for the deck itself) and readable is false then.
-Deck ReadDeck(const std::string &path);
+Deck ReadDeck(const std::string &path, const Limits &limits = {});
 
 // The position of the set in the table, or -1.
 int FindSet(const SetTable &table, const std::string &name);

@@ -208,6 +208,17 @@ constexpr FaceRow kWedgeFaces[] = {
 constexpr FaceRow kHexFaces[] = {{4, {0, 1, 2, 3}}, {4, {4, 7, 6, 5}}, {4, {0, 4, 5, 1}},
                                  {4, {1, 5, 6, 2}}, {4, {2, 6, 7, 3}}, {4, {3, 7, 4, 0}}};
 
+// Edges in the order of their middle nodes, which stand behind the corners.
+struct EdgeRow {
+    int a, b;
+};
+constexpr EdgeRow kTriSides[] = {{0, 1}, {1, 2}, {2, 0}};
+constexpr EdgeRow kQuadSides[] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}};
+constexpr EdgeRow kTetEdges[] = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
+constexpr EdgeRow kWedgeEdges[] = {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}};
+constexpr EdgeRow kHexEdges[] = {{0, 1}, {1, 2}, {2, 3}, {3, 0}, {4, 5}, {5, 6},
+                                 {6, 7}, {7, 4}, {0, 4}, {1, 5}, {2, 6}, {3, 7}};
+
 // ORDER: Shape.
 constexpr ShapeRow kShapes[] = {
     {"no cell", 0, 0, 0, nullptr, 0},
@@ -253,6 +264,30 @@ bool Fits(const TypeRow &row, const std::string &name) {
            (row.endings == kAny || IsEnding(row.endings, name.c_str() + length));
 }
 
+// The edges of the shapes of second order whose order of nodes is certain.
+const EdgeRow *EdgesOf(Shape shape, int *n) {
+    switch (shape) {
+    case Shape::tri6:
+        *n = 3;
+        return kTriSides;
+    case Shape::quad8:
+        *n = 4;
+        return kQuadSides;
+    case Shape::tet10:
+        *n = 6;
+        return kTetEdges;
+    case Shape::wedge15:
+        *n = 9;
+        return kWedgeEdges;
+    case Shape::hex20:
+        *n = 12;
+        return kHexEdges;
+    default:
+        *n = 0;
+        return nullptr;
+    }
+}
+
 } // namespace
 
 ElementType FindType(const std::string &name) {
@@ -282,6 +317,17 @@ int FacesOf(Shape shape) {
 
 const FaceRow &FaceOf(Shape shape, int face) {
     return RowOf(shape).faces[face];
+}
+
+int MidNodeOf(Shape shape, int corner, int other) {
+    int n = 0;
+    const EdgeRow *edges = EdgesOf(shape, &n);
+    for (int i = 0; i < n; ++i) {
+        if ((edges[i].a == corner && edges[i].b == other) || (edges[i].a == other && edges[i].b == corner)) {
+            return CornersOf(shape) + i;
+        }
+    }
+    return -1;
 }
 
 const char *ShapeName(Shape shape) {

@@ -63,6 +63,10 @@ int CornersOf(Shape shape);   // corner nodes
 int DimensionOf(Shape shape); // 3 for solids, 2 for triangles and quadrilaterals, 1 for lines, 0 for none
 int FacesOf(Shape shape);     // faces of solids, edges of triangles and quadrilaterals, 0 for the rest
 const FaceRow &FaceOf(Shape shape, int face); // face S(face+1) or edge E(face+1); 0 <= face < FacesOf(shape)
+
+// The node in the middle of the edge between two corners (rows of the connectivity); -1 where there is none.
+int MidNodeOf(Shape shape, int corner, int other);
+
 const char *ShapeName(Shape shape);
 
 } // namespace deck
