@@ -150,6 +150,31 @@ bool HoldsElement(const Account &account, int element) {
            !Contains(account.clashingElements, account.mesh.elementNumber[at]);
 }
 
+bool ElementsMayBeMissing(const Account &account) {
+    const auto loses = [](const deck::Finding &finding) {
+        switch (finding.code) {
+        case deck::Code::includeMissing:
+        case deck::Code::includeCycle:
+        case deck::Code::includeEncrypted:
+        case deck::Code::misspelt:
+        case deck::Code::misspeltParameter:
+        case deck::Code::missingParameter:
+        case deck::Code::badNumber:
+        case deck::Code::numberRange:
+        case deck::Code::fewerNodes:
+        case deck::Code::uncertain:
+        case deck::Code::generatorEnds:
+        case deck::Code::tooMany:
+        case deck::Code::unknownPart:
+            return true;
+        default:
+            return false;
+        }
+    };
+    return std::any_of(account.deck.findings.begin(), account.deck.findings.end(), loses) ||
+           std::any_of(account.mesh.findings.begin(), account.mesh.findings.end(), loses);
+}
+
 std::string NumberText(double value) {
     char text[40];
     const std::to_chars_result result = std::to_chars(text, text + sizeof text, value);

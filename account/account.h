@@ -12,6 +12,7 @@
 #define KIVOM_ACCOUNT_ACCOUNT_H
 
 #include "account/findings.h"
+#include "account/heldnodes.h"
 #include "account/reading.h"
 
 #include "abaqus/abqdeck.h"
@@ -20,6 +21,7 @@
 #include "deck/model.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,21 +47,26 @@ struct CardUse {
     long long readLine = -1; // the reader's name for the section: the line of its record
 };
 
-// The reader's blocks, found by number as it finds them itself. Only after Reading::Resolve.
-template <class Block> struct BlockIndex {
-    std::vector<Block *> blocks; // in list order
+// The reader's element blocks, found by number as it finds them itself. Only after Reading::Resolve.
+struct CellIndex {
+    std::vector<ABQCellBlock *> blocks; // in list order
     ABQFinder finder{};
     bool built = false;
 
-    BlockIndex() = default;
-    BlockIndex(const BlockIndex &) = delete;
-    BlockIndex &operator=(const BlockIndex &) = delete;
-    ~BlockIndex() {
+    CellIndex() = default;
+    CellIndex(const CellIndex &) = delete;
+    CellIndex &operator=(const CellIndex &) = delete;
+    ~CellIndex() {
         if (built) {
             ABQReleaseFinder(&finder);
         }
     }
 };
+
+// Marks of Account::nodeUsed.
+constexpr char kUnused = 0;
+constexpr char kUsed = 1;
+constexpr char kToldUnused = 2;
 
 struct Account {
     deck::Deck &deck;
@@ -72,9 +79,10 @@ struct Account {
 
     std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
-    BlockIndex<ABQNodeBlock> nodeBlocks;
-    BlockIndex<ABQCellBlock> cellBlocks;
-    std::vector<char> nodeUsed; // for each node of the mesh: an element names it
+    std::unique_ptr<HeldNodes> heldNodes; // after Reading::Resolve
+    CellIndex cells;                      // likewise
+    std::vector<int> repeatedNodes; // numbers of nodes that are given several times, ascending
+    std::vector<char> nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
     std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
     std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
@@ -112,6 +120,9 @@ bool HoldsRow(const Account &account, int card, int file, int line);
 bool HoldsNode(const Account &account, int node);
 bool HoldsElement(const Account &account, int element);
 
+// True when the deck lacks something that elements may have stood in: what no element uses says nothing then.
+bool ElementsMayBeMissing(const Account &account);
+
 std::string NumberText(double value);
 
 // sections.cpp
@@ -132,6 +143,7 @@ void AccountInstances(Account *account);
 
 // elements.cpp
 void AccountElements(Account *account);
+void AccountUnusedNodes(Account *account); // behind AccountSets: nodes of sets are told with the set
 
 // groups.cpp
 void AccountGroups(Account *account);

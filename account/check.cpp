@@ -5,9 +5,9 @@
 #include "account/summary.h"
 
 #include "abaqus/abqdeck.h"
-#include "support/frame.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <tuple>
 
@@ -15,48 +15,11 @@ namespace account {
 
 namespace {
 
-// The coordinates that an element of the reader's gets for the number; false when there is no such node.
-class NodesByNumber {
-  public:
-    NodesByNumber() {
-        for (const ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
-            if (block->count > 0) {
-                blocks_.push_back(block);
-                firsts_.push_back(static_cast<int>(numbers_.size()));
-                numbers_.insert(numbers_.end(), block->i1GID, block->i1GID + block->count);
-            }
-        }
-        order_.resize(numbers_.size());
-        sorted_ = !OrderRows(static_cast<int>(numbers_.size()), numbers_.data(), order_.data());
-    }
-
-    bool Find(int number, double *xyz) const {
-        int at = FindIDPositionInTheList(static_cast<int>(numbers_.size()), numbers_.data(), number);
-        if (at == -1) {
-            return false;
-        }
-        at = sorted_ ? at : order_[static_cast<std::size_t>(at)];
-        const auto block = std::upper_bound(firsts_.begin(), firsts_.end(), at) - firsts_.begin() - 1;
-        const ABQNodeBlock *held = blocks_[static_cast<std::size_t>(block)];
-        const int row = at - firsts_[static_cast<std::size_t>(block)];
-        xyz[0] = held->d1X[row];
-        xyz[1] = held->d1Y[row];
-        xyz[2] = held->d1Z[row];
-        return true;
-    }
-
-  private:
-    std::vector<const ABQNodeBlock *> blocks_;
-    std::vector<int> firsts_;
-    std::vector<int> numbers_;
-    std::vector<int> order_;
-    bool sorted_ = false;
-};
-
-// Nodes that are given twice with different coordinates: whether the translator happens to take the right ones.
+// Nodes that are given several times: whether the translator takes the right ones, for elements and for sets.
 class TwiceJudge {
   public:
-    explicit TwiceJudge(const deck::Mesh &mesh) : mesh_(mesh) {
+    explicit TwiceJudge(const Account &account) : account_(account), mesh_(account.mesh) {
+        const deck::Mesh &mesh = account.mesh;
         for (std::size_t i = 0; i < mesh.nodeLine.size(); ++i) {
             byLine_.push_back({mesh.nodeLine[i], i});
         }
@@ -70,26 +33,43 @@ class TwiceJudge {
             return false;
         }
         const std::size_t i = found->second;
-        double xyz[3];
-        const bool right = nodes_.Find(mesh_.nodeNumber[i], xyz) && xyz[0] == mesh_.x[i] && xyz[1] == mesh_.y[i] &&
-                           xyz[2] == mesh_.z[i];
+        const HeldNode node = account_.heldNodes->Find(mesh_.nodeNumber[i]);
+        const bool right = node.block != nullptr && node.block->d1X[node.row] == mesh_.x[i] &&
+                           node.block->d1Y[node.row] == mesh_.y[i] && node.block->d1Z[node.row] == mesh_.z[i] &&
+                           (node.block->i1Tag[node.row] != 0 || !IsTagged(mesh_.nodeNumber[i]));
         *code = right ? Code::nodeRepeated : Code::nodeTwice;
         return true;
     }
 
   private:
+    // Whether another row of that number carries the tag of a set.
+    static bool IsTagged(int number) {
+        for (const ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
+            const int *end = block->i1GID + block->count;
+            for (const int *at = std::lower_bound<const int *>(block->i1GID, end, number); at != end && *at == number;
+                 ++at) {
+                if (block->i1Tag[at - block->i1GID] != 0) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    const Account &account_;
     const deck::Mesh &mesh_;
-    NodesByNumber nodes_;
     std::vector<std::pair<int, std::size_t>> byLine_;
 };
 
 // What the deck itself has to say becomes part of the report. Without a file that it needs, what is missing in the rest
 // says nothing.
 void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findings) {
-    const auto isTwice = [](const deck::Finding &finding) { return finding.code == deck::Code::nodeTwice; };
+    const auto isTwice = [](const deck::Finding &finding) {
+        return finding.code == deck::Code::nodeTwice || finding.code == deck::Code::nodeAgain;
+    };
     std::unique_ptr<TwiceJudge> judge;
     if (std::any_of(findings.begin(), findings.end(), isTwice)) {
-        judge = std::make_unique<TwiceJudge>(account->mesh);
+        judge = std::make_unique<TwiceJudge>(*account);
     }
     for (const deck::Finding &finding : findings) {
         const bool follows = finding.code == deck::Code::missingNode || finding.code == deck::Code::missingMember ||
@@ -104,16 +84,59 @@ void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findin
     }
 }
 
-template <class Block> void Index(BlockIndex<Block> *index, Block *list) {
+void IndexCells(CellIndex *index) {
     std::vector<const int *> columns;
     std::vector<int> counts;
-    for (; list != nullptr; list = list->next) {
-        index->blocks.push_back(list);
-        columns.push_back(list->i1GID);
-        counts.push_back(list->count);
+    for (ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+        index->blocks.push_back(block);
+        columns.push_back(block->i1GID);
+        counts.push_back(block->count);
     }
     ABQBuildFinder(&index->finder, static_cast<int>(columns.size()), columns.data(), counts.data());
     index->built = true;
+}
+
+void NoteRepeatedNodes(Account *account) {
+    for (const std::vector<deck::Finding> *findings : {&account->deck.findings, &account->mesh.findings}) {
+        for (const deck::Finding &finding : *findings) {
+            if (finding.code == deck::Code::nodeTwice || finding.code == deck::Code::nodeAgain) {
+                account->repeatedNodes.push_back(std::atoi(finding.words[0].c_str()));
+            }
+        }
+    }
+    std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
+}
+
+// Leaves out what only follows: of two findings about a row the one that tells more stays.
+void DropFollowing(Account *account) {
+    std::vector<int> toldLines; // of findings that say that a row or a section is lost
+    for (const Finding &finding : account->findings) {
+        const bool loses = finding.code <= Code::surfaceType || finding.code == Code::setByName ||
+                           finding.code == Code::instanceMember || finding.code == Code::noLabel;
+        if (loses && finding.place.file == 0) {
+            toldLines.push_back(finding.place.line);
+        }
+    }
+    std::sort(toldLines.begin(), toldLines.end());
+    const auto follows = [&](const Finding &finding) {
+        const int line = finding.place.line;
+        const bool told = finding.place.file == 0 && std::binary_search(toldLines.begin(), toldLines.end(), line);
+        switch (finding.code) {
+        case Code::setLater:
+        case Code::freeFaces:
+        case Code::uncertain:
+        case Code::notMesh:
+            return told;
+        case Code::setByName:
+        case Code::instanceMember:
+            return DeckSays(*account, deck::Code::missingMember, line, line) ||
+                   DeckSays(*account, deck::Code::setCycle, line, line);
+        default:
+            return false;
+        }
+    };
+    account->findings.erase(std::remove_if(account->findings.begin(), account->findings.end(), follows),
+                            account->findings.end());
 }
 
 // Findings by where a reader of the deck meets them: those of an included file at the line that includes it.
@@ -155,8 +178,9 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
     account.mesh = Assemble(*deck);
     reading->Resolve();
     SortWhatDeckSays(&account);
-    Index(&account.nodeBlocks, ABQDeck()->nodeBlocks);
-    Index(&account.cellBlocks, ABQDeck()->cellBlocks);
+    account.heldNodes = std::make_unique<HeldNodes>();
+    IndexCells(&account.cells);
+    NoteRepeatedNodes(&account);
     AccountFiles(&account);
     AccountGenerators(&account);
     AccountInstances(&account);
@@ -164,8 +188,10 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
     AccountGroups(&account);
     AccountSets(&account);
     AccountSurfaces(&account);
+    AccountUnusedNodes(&account);
     TakeDeckFindings(&account, deck->findings);
     TakeDeckFindings(&account, account.mesh.findings);
+    DropFollowing(&account);
     report->meaning = SumUpMeaning(account);
     report->reading = SumUpReading(&account);
     report->findings = std::move(account.findings);

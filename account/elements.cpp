@@ -38,10 +38,10 @@ bool HoldsRun(const Account &account, const ElementRun &run) {
 
 void MarkUsedNodes(Account *account) {
     const Mesh &mesh = account->mesh;
-    account->nodeUsed.assign(mesh.nodeNumber.size(), 0);
+    account->nodeUsed.assign(mesh.nodeNumber.size(), kUnused);
     for (const int node : mesh.nodes) {
         if (node >= 0) {
-            account->nodeUsed[static_cast<std::size_t>(node)] = 1;
+            account->nodeUsed[static_cast<std::size_t>(node)] = kUsed;
         }
     }
 }
@@ -239,7 +239,12 @@ void AccountLines(Account *account) {
     }
 }
 
+} // namespace
+
 void AccountUnusedNodes(Account *account) {
+    if (ElementsMayBeMissing(*account) || account->mesh.elementNumber.empty()) {
+        return;
+    }
     const Mesh &mesh = account->mesh;
     for (const deck::NodeRun &run : mesh.nodeRuns) {
         const deck::NodeSection &section = account->deck.scopes[static_cast<std::size_t>(run.scope)]
@@ -250,23 +255,20 @@ void AccountUnusedNodes(Account *account) {
         }
         Some unused;
         for (std::size_t i = run.first; i < run.first + run.count; ++i) {
-            if (account->nodeUsed[i] == 0) {
+            if (account->nodeUsed[i] == kUnused) {
                 unused.Note(mesh.nodeLine[i]);
             }
         }
-        if (unused.count > 0 && !mesh.elementNumber.empty()) {
+        if (unused.count > 0) {
             Add(account, Code::unusedNodes, PlaceOfLine(unused.line), {}, unused.count);
         }
     }
 }
 
-} // namespace
-
 void AccountElements(Account *account) {
     MarkUsedNodes(account);
     AccountHeldRuns(account);
     AccountLines(account);
-    AccountUnusedNodes(account);
 }
 
 } // namespace account

@@ -63,6 +63,9 @@ std::string TextOf(const Finding &finding) {
 
 Finding FromDeck(const deck::Finding &finding) {
     Finding own{kFromDeck[static_cast<int>(finding.code)], finding.place, finding.words, finding.count};
+    if (finding.code == deck::Code::badNumber && !finding.words.empty() && finding.words[0].empty()) {
+        own.code = Code::emptyField;
+    }
     if (finding.code == deck::Code::scopeOpen) {
         own.words.push_back("it is never ended");
     }

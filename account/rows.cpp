@@ -308,9 +308,6 @@ namespace {
 
 // A set's entry that is a name, where the reader has a number.
 void TellName(Account *account, Teller *teller, int card, int line, const std::string &name) {
-    if (DeckSays(*account, deck::Code::missingMember, line, line)) {
-        return;
-    }
     const std::size_t dot = name.find('.');
     const auto isInstance = [&](const deck::Instance &instance) { return name.compare(0, dot, instance.name) == 0; };
     if (dot != std::string::npos &&
@@ -369,6 +366,10 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
                              table.names[static_cast<std::size_t>(-1 - entry)]);
                     teller.Flaw();
                 } else if (j >= count || set.numbers[j] != entry) {
+                    if (DeckSays(*account, deck::Code::badNumber, table.rowLine[row], table.rowLine[row])) {
+                        teller.Flaw(); // the reader ends the row where the deck has said that a number is missing
+                        break;
+                    }
                     TellAltered(&teller, table.rowLine[row], std::to_string(entry),
                                 j < count ? std::to_string(set.numbers[j]) : "nothing");
                     if (j >= count) {

@@ -78,8 +78,11 @@ void NoteAllSections(Account *account) {
 
 // Whether a parameter of the card, and not a part of a name on it, is the refused word.
 bool HasParameter(const Card &card, const std::string &word) {
-    return std::any_of(card.parameters.begin(), card.parameters.end(),
-                       [&](const deck::Parameter &parameter) { return parameter.name == word; });
+    return std::any_of(card.parameters.begin(), card.parameters.end(), [&](const deck::Parameter &parameter) {
+        std::string name = parameter.name;
+        name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+        return name == word;
+    });
 }
 
 void ReportWord(Account *account, int card, const ReadSection &section) {
@@ -133,8 +136,12 @@ void ReportType(Account *account, int card) {
         Add(account, Code::noCell, PlaceOf(*account, card, "TYPE"), {type.name}, count);
         break;
     case deck::TypeClass::cell:
+        if (const deck::Finding *remark = RemarkOn(*account, card, deck::Code::abbreviatedParameter)) {
+            Add(account, Code::abbreviatedParameter, remark->place, remark->words);
+            break;
+        }
         Add(account, Code::differs, PlaceOf(*account, card),
-            {SectionName(*account, card) + " are lost: the translator does not find their type"}, count);
+            {SectionName(*account, card) + " is lost: the translator does not find its type"}, count);
         break;
     default:
         break;

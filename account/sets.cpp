@@ -2,8 +2,6 @@
 #include "account/account.h"
 #include "account/records.h"
 
-#include "abaqus/abqfind.h"
-
 #include <algorithm>
 #include <map>
 #include <set>
@@ -52,10 +50,11 @@ bool HasTag(const HeldSet &held, int tag) {
                        [&](const ABQSet *record) { return record->tag == tag; });
 }
 
-// The tag that the reader has given the node of that number; -1 when it has no such node.
-int TagOfNode(Account *account, int number) {
-    const ABQPlace place = ABQFind(&account->nodeBlocks.finder, number);
-    return place.block == -1 ? -1 : account->nodeBlocks.blocks[static_cast<std::size_t>(place.block)]->i1Tag[place.row];
+// Whether one of the reader's records lists the number.
+bool Lists(const HeldSet &held, int number) {
+    return std::any_of(held.records.begin(), held.records.end(), [&](const ABQSet *record) {
+        return std::binary_search(record->numbers, record->numbers + record->count, number);
+    });
 }
 
 // What became of a set's members.
@@ -67,16 +66,21 @@ struct Fate {
 
 Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
     Fate fate;
+    const bool tellUnused = !ElementsMayBeMissing(*account) && !account->mesh.elementNumber.empty();
     for (const int node : set.members) {
         const auto at = static_cast<std::size_t>(node);
-        fate.unused += account->nodeUsed[at] == 0 ? 1 : 0;
-        const int tag = TagOfNode(account, account->mesh.nodeNumber[at]);
-        if (HasTag(held, tag) || !HoldsNode(*account, node)) {
+        const int number = account->mesh.nodeNumber[at];
+        if (account->nodeUsed[at] != kUsed && tellUnused) {
+            ++fate.unused;
+            account->nodeUsed[at] = kToldUnused;
+        }
+        const int tag = account->heldNodes->TagOf(number);
+        if (HasTag(held, tag) || !HoldsNode(*account, node) || !Lists(held, number)) {
             continue;
         }
         if (tag > 0) {
             ++fate.taken[tag];
-        } else if (held.whole) {
+        } else if (!std::binary_search(account->repeatedNodes.begin(), account->repeatedNodes.end(), number)) {
             ++fate.lost;
         }
     }
@@ -90,7 +94,7 @@ void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const s
         Add(account, Code::overlapNodes, PlaceOf(*account, card),
             {set.plain, byTag[static_cast<std::size_t>(tag)]->name}, count);
     }
-    if (fate.unused > 0 && !account->mesh.elementNumber.empty()) {
+    if (fate.unused > 0) {
         Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {set.plain}, fate.unused);
     }
     if (fate.lost > 0) {

@@ -4,7 +4,6 @@
 #include "account/records.h"
 
 #include "abaqus/abqdeck.h"
-#include "support/lookup.h"
 
 #include <algorithm>
 #include <map>
@@ -57,60 +56,27 @@ std::vector<Count> CountGroups(const Account &account) {
     return groups;
 }
 
-// The reader's nodes by number, and which of them its elements name.
-class UsedNodes {
-  public:
-    explicit UsedNodes(const ABQModel &model) {
-        for (const ABQNodeBlock *block = model.nodeBlocks; block != nullptr; block = block->next) {
-            numbers_.insert(numbers_.end(), block->i1GID, block->i1GID + block->count);
-        }
-        if (!std::is_sorted(numbers_.begin(), numbers_.end())) {
-            std::sort(numbers_.begin(), numbers_.end());
-        }
-        BuildIDIndex(&index_, static_cast<int>(numbers_.size()), numbers_.data());
-        used_.assign(numbers_.size(), 0);
-        for (const ABQCellBlock *block = model.cellBlocks; block != nullptr; block = block->next) {
-            for (int k = 0; k < block->nNodes && block->count > 0; ++k) {
-                std::for_each(block->i2Conn[k], block->i2Conn[k] + block->count, [&](int number) { Mark(number); });
-            }
-        }
-    }
-    ~UsedNodes() {
-        ReleaseIDIndex(&index_);
-    }
-    UsedNodes(const UsedNodes &) = delete;
-    UsedNodes &operator=(const UsedNodes &) = delete;
-
-    bool Has(int number) const {
-        const int at = FindIDByIndex(&index_, number);
-        return at != -1 && used_[static_cast<std::size_t>(at)] != 0;
-    }
-
-  private:
-    void Mark(int number) {
-        const int at = FindIDByIndex(&index_, number);
-        if (at != -1) {
-            used_[static_cast<std::size_t>(at)] = 1;
-        }
-    }
-
-    std::vector<int> numbers_;
-    std::vector<char> used_;
-    IDIndex index_{};
-};
-
-// Nodes by the tag that they carry. Those that no element uses go, and their tag with them.
-std::vector<long long> CountTaggedNodes(const ABQModel &model, std::size_t nTags) {
+// Nodes that elements use, by the tag that they carry. The others go, and their tag with them.
+std::vector<long long> CountTaggedNodes(const Account &account, std::size_t nTags) {
     std::vector<long long> counts(nTags + 1, 0);
     if (nTags == 0) {
         return counts;
     }
-    const UsedNodes used(model);
-    for (const ABQNodeBlock *block = model.nodeBlocks; block != nullptr; block = block->next) {
-        for (int i = 0; i < block->count; ++i) {
-            if (block->i1Tag[i] > 0 && used.Has(block->i1GID[i])) {
-                ++counts[static_cast<std::size_t>(block->i1Tag[i])];
+    const HeldNodes &nodes = *account.heldNodes;
+    std::vector<char> used(nodes.numbers().size(), 0);
+    for (const ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+        for (int k = 0; k < block->nNodes && block->count > 0; ++k) {
+            for (int e = 0; e < block->count; ++e) {
+                const int at = nodes.PositionOf(block->i2Conn[k][e]);
+                if (at != -1) {
+                    used[static_cast<std::size_t>(at)] = 1;
+                }
             }
+        }
+    }
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        if (used[i] != 0) {
+            ++counts[static_cast<std::size_t>(nodes.TagOf(nodes.numbers()[i]))];
         }
     }
     return counts;
@@ -132,7 +98,7 @@ long long CountElementsOfSet(Account *account, const ABQSet &set) {
     long long count = 0;
     for (int i = 0; i < set.count; ++i) { // ascending since the deck was resolved
         const bool again = i > 0 && set.numbers[i] == set.numbers[i - 1];
-        count += !again && ABQFind(&account->cellBlocks.finder, set.numbers[i]).block != -1 ? 1 : 0;
+        count += !again && ABQFind(&account->cells.finder, set.numbers[i]).block != -1 ? 1 : 0;
     }
     return count;
 }
@@ -182,7 +148,7 @@ Summary SumUpReading(Account *account) {
         summary.nodes += block->count;
     }
     const ByLine<ABQSet> nodeSets(model.nodeSets);
-    const std::vector<long long> members = CountTaggedNodes(model, nodeSets.all().size());
+    const std::vector<long long> members = CountTaggedNodes(*account, nodeSets.all().size());
     for (const ABQSet *set : nodeSets.all()) {
         summary.nodeSets.push_back({set->name, "", members[static_cast<std::size_t>(set->tag)]});
     }

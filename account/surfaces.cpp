@@ -61,11 +61,11 @@ const SurfaceRow *RowAt(const Account &account, const MeshSurface &surface, int 
 
 // Tag of the element's face as the reader has it; -1 when it has no such element or face.
 int TagOfFace(Account *account, int number, int side) {
-    const ABQPlace place = ABQFind(&account->cellBlocks.finder, number);
+    const ABQPlace place = ABQFind(&account->cells.finder, number);
     if (place.block == -1) {
         return -1;
     }
-    const ABQCellBlock *block = account->cellBlocks.blocks[static_cast<std::size_t>(place.block)];
+    const ABQCellBlock *block = account->cells.blocks[static_cast<std::size_t>(place.block)];
     if (side < 0 || side >= ABQNumFaces(block->type)) {
         return -1;
     }

@@ -17,7 +17,7 @@ kivom_test(driver_test LINK kivom_core)
 target_compile_definitions(driver_test PRIVATE KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>")
 add_dependencies(driver_test KIVOm)
 
-kivom_test(account_findings_test LINK kivom_account kivom_system)
+kivom_test(account_findings_test LINK kivom_account kivom_deck kivom_core kivom_system)
 target_compile_definitions(account_findings_test PRIVATE
   KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
 add_dependencies(account_findings_test KIVOm)
