@@ -129,6 +129,7 @@ void DropFollowing(Account *account) {
             return told;
         case Code::setByName:
         case Code::instanceMember:
+        case Code::noSurface:
             return DeckSays(*account, deck::Code::missingMember, line, line) ||
                    DeckSays(*account, deck::Code::setCycle, line, line);
         default:
@@ -193,7 +194,7 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
     TakeDeckFindings(&account, account.mesh.findings);
     DropFollowing(&account);
     report->meaning = SumUpMeaning(account);
-    report->reading = SumUpReading(&account);
+    report->reading = SumUpReading(account);
     report->findings = std::move(account.findings);
 }
 

@@ -140,6 +140,10 @@ void ReportType(Account *account, int card) {
             Add(account, Code::abbreviatedParameter, remark->place, remark->words);
             break;
         }
+        if (DeckSays(*account, deck::Code::misspeltParameter, PlaceOf(*account, card).line,
+                     PlaceOf(*account, card).line)) {
+            break;
+        }
         Add(account, Code::differs, PlaceOf(*account, card),
             {SectionName(*account, card) + " is lost: the translator does not find its type"}, count);
         break;

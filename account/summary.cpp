@@ -24,7 +24,8 @@ bool HasOwnSection(const Account &account, const deck::MeshSet &set) {
     for (const deck::Origin &origin : set.origins) {
         const deck::SetTable &table = account.deck.scopes[static_cast<std::size_t>(origin.scope)].elementSets;
         for (const int s : table.sets[static_cast<std::size_t>(origin.index)].sections) {
-            if (table.sections[static_cast<std::size_t>(s)].source != deck::SetSource::elements) {
+            const deck::SetSource source = table.sections[static_cast<std::size_t>(s)].source;
+            if (source != deck::SetSource::elements && source != deck::SetSource::generated) {
                 return true;
             }
         }
@@ -94,11 +95,11 @@ std::vector<long long> CountTaggedFaces(const ABQModel &model, std::size_t nTags
     return counts;
 }
 
-long long CountElementsOfSet(Account *account, const ABQSet &set) {
+// Numbers that an element set lists, each once; they ascend since the deck was resolved.
+long long CountListed(const ABQSet &set) {
     long long count = 0;
-    for (int i = 0; i < set.count; ++i) { // ascending since the deck was resolved
-        const bool again = i > 0 && set.numbers[i] == set.numbers[i - 1];
-        count += !again && ABQFind(&account->cells.finder, set.numbers[i]).block != -1 ? 1 : 0;
+    for (int i = 0; i < set.count; ++i) {
+        count += i == 0 || set.numbers[i] != set.numbers[i - 1] ? 1 : 0;
     }
     return count;
 }
@@ -140,7 +141,7 @@ Summary SumUpMeaning(const Account &account) {
     return summary;
 }
 
-Summary SumUpReading(Account *account) {
+Summary SumUpReading(const Account &account) {
     const ABQModel &model = *ABQDeck();
     Summary summary;
     summary.dimension = model.nDim;
@@ -148,20 +149,20 @@ Summary SumUpReading(Account *account) {
         summary.nodes += block->count;
     }
     const ByLine<ABQSet> nodeSets(model.nodeSets);
-    const std::vector<long long> members = CountTaggedNodes(*account, nodeSets.all().size());
+    const std::vector<long long> members = CountTaggedNodes(account, nodeSets.all().size());
     for (const ABQSet *set : nodeSets.all()) {
         summary.nodeSets.push_back({set->name, "", members[static_cast<std::size_t>(set->tag)]});
     }
     const ByLine<ABQSet> cellSets(model.cellSets);
     for (const ABQSet *set : cellSets.all()) {
-        summary.elementSets.push_back({set->name, "", CountElementsOfSet(account, *set)});
+        summary.elementSets.push_back({set->name, "", CountListed(*set)});
     }
     const ByLine<ABQSurface> surfaces(model.surfaces);
     const std::vector<long long> faces = CountTaggedFaces(model, surfaces.all().size());
     for (const ABQSurface *surface : surfaces.all()) {
         summary.surfaces.push_back({surface->name, "", faces[static_cast<std::size_t>(surface->tag)]});
     }
-    std::map<long long, std::string> types = TypesByLine(*account);
+    std::map<long long, std::string> types = TypesByLine(account);
     const ByLine<ABQCellBlock> blocks(model.cellBlocks);
     for (const ABQCellBlock *block : blocks.all()) {
         summary.elements += block->count;

@@ -10,7 +10,7 @@ namespace account {
 Summary SumUpMeaning(const Account &account);
 
 // After Reading::Resolve.
-Summary SumUpReading(Account *account);
+Summary SumUpReading(const Account &account);
 
 } // namespace account
 

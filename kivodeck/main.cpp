@@ -134,7 +134,7 @@ int Run(int argc, char **argv) {
     app.set_version_flag("--version", std::string("kivodeck ") + KIVODECK_VERSION);
     app.require_subcommand(1);
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
-    CLI::App *check = app.add_subcommand("check", "what the translator will not hold as the deck means it");
+    CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
     DescribeExplain(explain, &options);

@@ -23,7 +23,7 @@ struct Outcome {
 };
 
 // Runs `kivodeck ARGUMENTS` in the folder of the tests' decks; standard error goes where `errors` says.
-Outcome Run(const std::string &arguments, const std::string &errors = "/dev/null") {
+Outcome RunDeck(const std::string &arguments, const std::string &errors = "/dev/null") {
     const std::string command = "cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors;
     std::FILE *pipe = popen(command.c_str(), "r");
     Outcome outcome{-1, ""};
@@ -61,36 +61,36 @@ std::string LastLine(const std::string &text) {
 }
 
 TEST(Status, IsZeroForACleanDeckAndTheVerdictIsTheLastLine) {
-    const Outcome run = Run("check cps3.inp");
+    const Outcome run = RunDeck("check cps3.inp");
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(LastLine(run.out), "cps3.inp: clean");
 }
 
 TEST(Status, IsOneForFindingsOfTheLevelAskedFor) {
     const Deck warning(std::string(kPlate) + "*Nset, nset=Left\n");
-    EXPECT_EQ(Run("check " + warning.path()).status, 1);
-    EXPECT_EQ(Run("check --fail-on=warning " + warning.path()).status, 1);
-    EXPECT_EQ(Run("check --fail-on=error " + warning.path()).status, 0);
+    EXPECT_EQ(RunDeck("check " + warning.path()).status, 1);
+    EXPECT_EQ(RunDeck("check --fail-on=warning " + warning.path()).status, 1);
+    EXPECT_EQ(RunDeck("check --fail-on=error " + warning.path()).status, 0);
 }
 
 TEST(Status, OfANoteIsZero) {
     const Deck note(std::string(kPlate) + "*Elset, elset=Lower\n1\n");
-    const Outcome run = Run("check " + note.path());
+    const Outcome run = RunDeck("check " + note.path());
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(LastLine(run.out), note.path() + ": clean, 1 note");
 }
 
 TEST(Status, OfSeveralDecksIsTheWorst) {
     const Deck error(std::string(kPlate) + "*Nset, nset=Left, generate\n1, 4, 3\n");
-    EXPECT_EQ(Run("check cps3.inp " + error.path()).status, 1);
-    EXPECT_EQ(Run("check nowhere.inp cps3.inp " + error.path()).status, 2);
+    EXPECT_EQ(RunDeck("check cps3.inp " + error.path()).status, 1);
+    EXPECT_EQ(RunDeck("check nowhere.inp cps3.inp " + error.path()).status, 2);
 }
 
 class WrongUse : public testing::TestWithParam<const char *> {};
 
 TEST_P(WrongUse, HasStatusTwoAndASentence) {
-    EXPECT_EQ(Run(GetParam()).status, 2);
-    const Outcome told = Run(GetParam(), "&1 >/dev/null");
+    EXPECT_EQ(RunDeck(GetParam()).status, 2);
+    const Outcome told = RunDeck(GetParam(), "&1 >/dev/null");
     EXPECT_EQ(told.out.compare(0, 10, "kivodeck: "), 0) << told.out;
 }
 
@@ -101,8 +101,8 @@ INSTANTIATE_TEST_SUITE_P(All, WrongUse,
 
 TEST(Unreadable, DeckHasStatusTwoInBothForms) {
     for (const std::string deck : {"nowhere.inp", ".", "/dev/null/x"}) {
-        EXPECT_EQ(Run("check " + deck).status, 2) << deck;
-        const Outcome run = Run("check --format=json " + deck);
+        EXPECT_EQ(RunDeck("check " + deck).status, 2) << deck;
+        const Outcome run = RunDeck("check --format=json " + deck);
         EXPECT_EQ(run.status, 2) << deck;
         const json report = json::parse(run.out);
         EXPECT_EQ(report["findings"][0]["code"], "unreadable");
@@ -111,19 +111,19 @@ TEST(Unreadable, DeckHasStatusTwoInBothForms) {
 }
 
 TEST(Unwritable, OutputHasStatusTwo) {
-    EXPECT_EQ(Run("check cps3.inp >/dev/full").status, 2);
-    EXPECT_EQ(Run("check --format=json cps3.inp >/dev/full").status, 2);
-    EXPECT_EQ(Run("explain >/dev/full").status, 2);
+    EXPECT_EQ(RunDeck("check cps3.inp >/dev/full").status, 2);
+    EXPECT_EQ(RunDeck("check --format=json cps3.inp >/dev/full").status, 2);
+    EXPECT_EQ(RunDeck("explain >/dev/full").status, 2);
 }
 
 TEST(Json, OfWrongUseIsWhole) {
-    const json report = json::parse(Run("check --format=json --nonsense").out);
+    const json report = json::parse(RunDeck("check --format=json --nonsense").out);
     EXPECT_EQ(report["schema_version"], 1);
     EXPECT_EQ(report["findings"][0]["code"], "usage");
 }
 
 TEST(Json, HoldsBothReadings) {
-    const Outcome run = Run("check --format=json c3d4.inp");
+    const Outcome run = RunDeck("check --format=json c3d4.inp");
     EXPECT_EQ(run.status, 0);
     const json report = json::parse(run.out);
     EXPECT_EQ(report["schema_version"], 1);
@@ -140,13 +140,13 @@ TEST(Json, HoldsBothReadings) {
 
 TEST(Json, ShowsWhatIsNoText) {
     const Deck deck(std::string(kPlate) + "*Nset, nset=\xff\xfeLeft, generate\n1, 4, 3\n");
-    const Outcome run = Run("check --format=json " + deck.path());
+    const Outcome run = RunDeck("check --format=json " + deck.path());
     EXPECT_EQ(run.status, 1);
     EXPECT_FALSE(json::parse(run.out)["findings"].empty());
 }
 
 TEST(Json, OfSeveralDecksIsOneObject) {
-    const json report = json::parse(Run("check --format=json cps3.inp c3d4.inp").out);
+    const json report = json::parse(RunDeck("check --format=json cps3.inp c3d4.inp").out);
     EXPECT_EQ(report["decks"].size(), 2u);
     EXPECT_EQ(report["decks"][1]["file"], "c3d4.inp");
     EXPECT_EQ(report["verdict"]["errors"], 0);
@@ -165,25 +165,25 @@ TEST(Text, ShowsTenOfACodeUnlessAskedForAll) {
         }
         return n;
     };
-    const Outcome some = Run("check " + deck.path());
+    const Outcome some = RunDeck("check " + deck.path());
     EXPECT_EQ(count(some.out), 10u);
     EXPECT_NE(some.out.find("\nand 15 more [no-generate]\n"), std::string::npos) << some.out;
     EXPECT_EQ(LastLine(some.out), deck.path() + ": 25 errors, 0 warnings, 0 notes");
-    EXPECT_EQ(count(Run("check --all " + deck.path()).out), 25u);
+    EXPECT_EQ(count(RunDeck("check --all " + deck.path()).out), 25u);
 }
 
 TEST(Text, CountsKeywordsOutsideTheMeshOnOneLine) {
     const Deck deck(std::string(kPlate) + "*Material, name=A\n*Elastic\n1., 0.\n*Material, name=B\n");
-    EXPECT_NE(Run("check " + deck.path()).out.find("no part of a mesh: 1 *ELASTIC, 2 *MATERIAL\n"), std::string::npos);
+    EXPECT_NE(RunDeck("check " + deck.path()).out.find("no part of a mesh: 1 *ELASTIC, 2 *MATERIAL\n"), std::string::npos);
 }
 
 TEST(Text, IsNotColouredInAPipe) {
-    EXPECT_EQ(Run("check nowhere.inp").out.find('\033'), std::string::npos);
+    EXPECT_EQ(RunDeck("check nowhere.inp").out.find('\033'), std::string::npos);
 }
 
 TEST(Help, FitsAScreen) {
     for (const std::string arguments : {"--help", "check --help", "explain --help"}) {
-        const Outcome run = Run(arguments);
+        const Outcome run = RunDeck(arguments);
         EXPECT_EQ(run.status, 0) << arguments;
         std::istringstream in(run.out);
         int lines = 0;
@@ -196,17 +196,17 @@ TEST(Help, FitsAScreen) {
 }
 
 TEST(Version, IsOneLine) {
-    const Outcome run = Run("--version");
+    const Outcome run = RunDeck("--version");
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "kivodeck " KIVODECK_VERSION "\n");
 }
 
 TEST(Explain, ShowsOneCodeAndAll) {
-    const Outcome one = Run("explain no-generate");
+    const Outcome one = RunDeck("explain no-generate");
     EXPECT_EQ(one.status, 0);
     EXPECT_NE(one.out.find("*Nset, nset=Left, generate"), std::string::npos);
-    EXPECT_NE(Run("explain").out.find("\nrow-end-comma "), std::string::npos);
-    EXPECT_EQ(json::parse(Run("explain --format=json no-generate").out)["level"], "error");
+    EXPECT_NE(RunDeck("explain").out.find("\nrow-end-comma "), std::string::npos);
+    EXPECT_EQ(json::parse(RunDeck("explain --format=json no-generate").out)["level"], "error");
 }
 
 } // namespace
