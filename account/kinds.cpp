@@ -251,9 +251,10 @@ const FindingKind kKinds[kCodes] = {
  "1, 2, 3\n" PLATE,
  "Take the row out, or put its keyword line above it."},
 {Code::strayRow, "stray-row", Level::warning,
- "*%1 takes no rows",
+ "the row is one too many below *%1",
  "The row is passed over.",
- PLATE_PART "1, 2\n",
+ PLATE_PART "*Assembly, name=A\n*Instance, name=I, part=P\n0., 0., 0.\n0., 0., 0., 0., 0., 1., 0.\n5., 5., 5.\n"
+ "*End Instance\n*End Assembly\n",
  "Take the row out."},
 // Other files --------------------------------------------------------------------------------------
 {Code::include, "include", Level::error,
