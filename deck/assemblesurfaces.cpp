@@ -35,10 +35,14 @@ FaceKey KeyOf(const Mesh &mesh, const ElementRun &run, Shape shape, int element,
     const int *nodes = NodesOfElement(mesh, run, element);
     FaceKey key;
     key.fill(-1);
-    for (int i = 0; i < row.nCorners; ++i) {
-        key[static_cast<std::size_t>(i)] = nodes[row.corner[i]];
+    for (std::size_t i = 0; i < static_cast<std::size_t>(row.nCorners); ++i) {
+        const int node = nodes[row.corner[i]];
+        std::size_t at = i;
+        for (; at > 0 && key[at - 1] > node; --at) {
+            key[at] = key[at - 1];
+        }
+        key[at] = node;
     }
-    std::sort(key.begin(), key.begin() + row.nCorners);
     return key;
 }
 

@@ -8,6 +8,10 @@ foreach(room allocate scan names sort lookup store rows line exchange order find
   kivom_test(${room}_test LINK kivom_core kivom_fakesystem)
 endforeach()
 
+foreach(room cards model assemble)
+  kivom_test(deck_${room}_test LINK kivom_deck kivom_fakesystem)
+endforeach()
+
 kivom_test(frame_test)
 
 kivom_test(layers_test LINK kivom_core)
