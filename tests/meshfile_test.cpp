@@ -18,6 +18,8 @@
 #include <new>
 #include <random>
 
+#include <unistd.h>
+
 namespace fs = std::filesystem;
 
 // The allocation that fails, counted from 1; 0 for none.
@@ -142,10 +144,19 @@ std::string Refusal(const std::string &text) {
     return meshfile::Describe(meshfile::ReadText(text).error);
 }
 
+// A file of this process's own, gone with it.
+struct Scratch {
+    const fs::path path = fs::path(testing::TempDir()) / ("meshfile_test." + std::to_string(getpid()));
+    ~Scratch() {
+        std::error_code ignored;
+        fs::remove(path, ignored);
+    }
+};
+
 std::string Written(const std::string &text) {
-    const fs::path path = fs::path(testing::TempDir()) / "meshfile_test.input";
-    std::ofstream(path, std::ios::binary) << text;
-    return path.string();
+    static const Scratch scratch;
+    std::ofstream(scratch.path, std::ios::binary) << text;
+    return scratch.path.string();
 }
 
 TEST(MeshFile, EveryValueComesInItsPlace) {

@@ -132,8 +132,8 @@ def steps(lines):
 
 
 class Page:
-    def __init__(self, path, program, home):
-        self.path, self.program, self.home = path, program, home
+    def __init__(self, path, programs, home):
+        self.path, self.programs, self.home = path, programs, home
         self.passed, self.failures, self.notes = 0, [], []
 
     def check(self, block, good, reason):
@@ -163,7 +163,8 @@ class Page:
         self.folder, commands = os.path.join(scratch, "run"), os.path.join(scratch, "commands")
         os.mkdir(self.folder)
         os.mkdir(commands)
-        os.symlink(self.program, os.path.join(commands, "KIVOm"))
+        for name, program in self.programs.items():
+            os.symlink(program, os.path.join(commands, name))
         os.symlink(sys.executable, os.path.join(commands, "python3"))
         for name in ("examples", "tools"):
             if os.path.isdir(os.path.join(self.home, name)):
@@ -240,15 +241,19 @@ def main():
     parser = argparse.ArgumentParser(description=what, epilog=more,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
+    parser.add_argument("--second", metavar="PATH", help="the program that they call kivodeck")
     parser.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
     parser.add_argument("--source", metavar="DIR", help="the project, to compare messages")
     parser.add_argument("pages", nargs="*", help="pages elsewhere")
     given = parser.parse_args()
     docs = os.path.abspath(given.docs)
+    programs = {"KIVOm": os.path.abspath(given.program)}
+    if given.second:
+        programs["kivodeck"] = os.path.abspath(given.second)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
     passed, failures = 0, []
     for path in paths + [os.path.abspath(page) for page in given.pages]:
-        page = Page(path, os.path.abspath(given.program), os.path.dirname(docs))
+        page = Page(path, programs, os.path.dirname(docs))
         page.run()
         print("%-50s %d" % (os.path.relpath(path), page.passed))
         passed += page.passed
