@@ -598,4 +598,14 @@ TEST_F(Output, AFailureThatShowsOnlyAtTheCloseIsToldToo) {
     EXPECT_TRUE(TextOutputFailed());
 }
 
+TEST_F(Output, OfTwoFailuresTheFirstIsTold) {
+    MakeSquare(2);
+    fake::FailWritesAfter(10);
+    fake::FailClose(EDQUOT);
+    const std::string errors = PrintedToErrors([] { EXPECT_EQ(Printed(DumpKIVO), kLog); });
+    EXPECT_EQ(errors, std::string("KIVOm: cannot write mesh.input: ") + std::strerror(ENOSPC) + "\n");
+    EXPECT_EQ(fake::WriteFaults(), 1);
+    EXPECT_EQ(fake::CloseFaults(), 1);
+}
+
 } // namespace

@@ -13,6 +13,9 @@ kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
                   --examples ${CMAKE_SOURCE_DIR}/examples --cases ${CMAKE_SOURCE_DIR}/tests/cases
                   --work ${CMAKE_CURRENT_BINARY_DIR}/vtk)
 
+# The texts that the mutations replace stand where the list says.
+kivom_python_test(mutations.list tools/mutate --list)
+
 # What a build with sanitizers or counters cannot tell anything new about: the checks themselves, and speed (the
 # outputs of a small benchmark are right, and the number of instructions is the committed one).
 if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)

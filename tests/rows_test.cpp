@@ -66,6 +66,21 @@ TEST(Rows, OfSetsInThePlainFormAreTaken) {
     EXPECT_EQ(TakeSetRow(&text.stream, 4, numbers), 1);
 }
 
+TEST(Rows, OfSetsAreLeftWhereTheLineIsLongerThanALineMayBe) {
+    std::string row;
+    for (int i = 0; i < 511; ++i) {
+        row += "123456789,"; // ten characters each
+    }
+    int numbers[600];
+    Text longest(row + "123456789\n"); // 5119 characters
+    EXPECT_EQ(TakeSetRow(&longest.stream, 600, numbers), 512);
+    EXPECT_EQ(longest.Rest(), "");
+    row += "1234567890\n";
+    Text over(row);
+    EXPECT_EQ(TakeSetRow(&over.stream, 600, numbers), -1);
+    EXPECT_EQ(over.Rest(), row);
+}
+
 TEST(Rows, OfAnyOtherFormAreLeft) {
     for (const char *row : {"*NODE\n", "x,1,2,3\n", "1,2,3,\n", "7,1,2,3 ** c\n", "7,0x1p3,2,3\n", "7,1,2,3"}) {
         Text text(row);

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -131,6 +133,28 @@ TEST(OneByOneClosed, HoldsNothingWhereTheDeckCannotBeOpened) {
     EXPECT_FALSE(ABQOpenDeck(&stream, "no.inp"));
     EXPECT_EQ(ABQDeck(), nullptr);
     EXPECT_EQ(fake::BlocksHeld(), held);
+}
+
+// Columns of 1000 rows: 4000 bytes of whole numbers, 8000 of coordinates.
+TEST(ColumnsKeptAside, ServeEntriesOfTheirOwnWidth) {
+    fake::Reset();
+    fake::GrowFrom(1000);
+    fake::PutFile("deck.inp", "*ELEMENT,TYPE=CPS3\n7,1,2,3\n*NODE\n1,0,0\n*NODE\n2,1,0\n");
+    LineSource stream;
+    ASSERT_TRUE(ABQOpenDeck(&stream, "deck.inp"));
+    const auto asked = [](std::uint64_t size) {
+        return std::count(fake::AllocationSizes().begin(), fake::AllocationSizes().end(), size);
+    };
+    for (const int nReal : {0, 3, 3}) { // the second *NODE finds all it needs kept aside
+        Printed([&] {
+            ASSERT_TRUE(ABQFindSection(&stream));
+            ABQReadSection(&stream);
+        });
+        EXPECT_EQ(asked(4000), 4) << "an element's number and its three nodes";
+        EXPECT_EQ(asked(8000), nReal);
+    }
+    CloseLines(&stream);
+    ABQReleaseDeck();
 }
 
 } // namespace

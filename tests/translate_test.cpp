@@ -420,6 +420,14 @@ TEST_F(Translate, SourceNodesSurviveWhereAnotherCellUsesThem) {
     EXPECT_EQ(NodesOfCell(0), (Ints{3, 4, 5}));
 }
 
+TEST_F(Translate, CellsThatCameWithAMarkAreNotCutLoose) {
+    AddTwoTriangles("C_glue", "solid");
+    GetCOM()->Cells->i1Mark[1] = 1;
+    Messages();
+    EXPECT_EQ(NodesOfCell(1), (Ints{0, 1, 2}));
+    EXPECT_EQ(GetCOM()->Nodes->nNum, 6);
+}
+
 TEST_F(Translate, CopiesCarryTagsToo) {
     AddTwoTriangles("C_glue", "solid");
     GetCOM()->Nodes->i1Tag[1] = 42;

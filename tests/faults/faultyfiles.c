@@ -1,7 +1,7 @@
 /* A system whose files misbehave, as a disk or a network would: faults.py loads it into the program.
  *
  * FAULT_READ    number of the read that fails, counted from 1 over reads of 4 KB and more
- * FAULT_SHORT   every such read gives at most so many bytes
+ * FAULT_SHORT   every such read gives at most so many bytes, and every other one is interrupted
  * FAULT_CLOSE   number of the close, counted from 1 over files opened for writing, that fails
  * FAULT_WRITE   every write to such a file takes at most so many bytes, and every other one is interrupted
  * FAULT_MARK    name of a file that is made when a fault has happened */
@@ -45,6 +45,9 @@ ssize_t read(int file, void *to, size_t size) {
         const size_t most = (size_t)Setting("FAULT_SHORT");
         if (++reads == Setting("FAULT_READ")) {
             return Fail(EIO);
+        }
+        if (most != 0 && reads % 2 == 0) {
+            return Fail(EINTR);
         }
         size = most != 0 && most < size ? most : size;
     }
