@@ -8,22 +8,29 @@
 include(GNUInstallDirs)
 set(KIVOM_DOCS ${CMAKE_INSTALL_DATAROOTDIR}/doc/kivom)
 
-find_program(KIVOM_GZIP gzip DOC "Compresses the man page")
-if(KIVOM_GZIP)
-  set(man_page ${CMAKE_BINARY_DIR}/KIVOm.1.gz)
-  # -n leaves time and name out: the same text gives the same file.
-  add_custom_command(OUTPUT ${man_page}
-    COMMAND gzip -9nc ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 > ${man_page}
-    DEPENDS ${CMAKE_SOURCE_DIR}/docs/KIVOm.1 VERBATIM)
-  add_custom_target(man_page ALL DEPENDS ${man_page})
-  add_dependencies(KIVOm man_page) # who has built the program alone can install, too
-else()
-  set(man_page ${CMAKE_SOURCE_DIR}/docs/KIVOm.1)
-endif()
+find_program(KIVOM_GZIP gzip DOC "Compresses the man pages")
 
-install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(TARGETS KIVOm RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md DESTINATION ${KIVOM_DOCS})
+# Installs a program with its man page. The page is made with the program: who has built that alone can install, too.
+function(kivom_install program)
+  set(page ${CMAKE_SOURCE_DIR}/docs/${program}.1)
+  if(KIVOM_GZIP)
+    set(packed ${CMAKE_BINARY_DIR}/${program}.1.gz)
+    # -n leaves time and name out: the same text gives the same file.
+    add_custom_command(OUTPUT ${packed} COMMAND gzip -9nc ${page} > ${packed} DEPENDS ${page} VERBATIM)
+    add_custom_target(man_page_${program} ALL DEPENDS ${packed})
+    add_dependencies(${program} man_page_${program})
+    set(page ${packed})
+  endif()
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
+
+kivom_install(KIVOm)
+if(TARGET kivodeck)
+  kivom_install(kivodeck)
+endif()
+install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md
+  DESTINATION ${KIVOM_DOCS})
 install(FILES ${CMAKE_SOURCE_DIR}/tests/cases/README.md DESTINATION ${KIVOM_DOCS}/tests/cases)
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/copyright DESTINATION ${KIVOM_DOCS})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINATION ${KIVOM_DOCS}

@@ -1,5 +1,6 @@
-// The law of the layers: driver -> abaqus, translate, output -> store -> support. The three in the middle never include
-// one another, and a room is entered through its folder's door only. meshfile stands over support alone.
+// The law of the layers. The translator: driver -> abaqus, translate, output -> store -> support; the three in the
+// middle never include one another, and a room is entered through its folder's door only. What stands beside it:
+// kivodeck -> account, flatten, audit -> deck, meshfile -> support; the translator knows none of these.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -21,9 +22,23 @@ const std::map<std::string, std::set<std::string>> kMayInclude{
     {"translate", {"translate", "store", "support"}},
     {"output", {"output", "store", "support"}},
     {"store", {"store", "support"}},
-    {"meshfile", {"meshfile", "support"}},
     {"support", {"support"}},
+    {"kivodeck",
+     {"kivodeck", "account", "flatten", "audit", "deck", "meshfile", "driver", "abaqus", "translate", "output", "store",
+      "support"}},
+    {"account", {"account", "deck", "abaqus", "store", "support"}},
+    {"flatten", {"flatten", "deck", "support"}},
+    {"audit", {"audit", "meshfile", "support"}},
+    {"deck", {"deck", "support"}},
+    {"meshfile", {"meshfile", "support"}},
 };
+
+// Rooms that are open as a whole to those who may include them.
+const std::set<std::string> kOpen{"store", "support", "account", "flatten", "audit", "deck", "meshfile"};
+
+bool IsThere(const std::string &folder) {
+    return fs::is_directory(fs::path(KIVOM_SOURCES) / folder);
+}
 
 struct Include {
     std::string folder; // of the file that includes
@@ -49,6 +64,9 @@ std::string IncludedBy(const std::string &line) {
 std::vector<Include> AllIncludes() {
     std::vector<Include> includes;
     for (const auto &folder : kMayInclude) {
+        if (!IsThere(folder.first)) {
+            continue;
+        }
         for (const auto &entry : fs::recursive_directory_iterator(fs::path(KIVOM_SOURCES) / folder.first)) {
             const std::string extension = entry.path().extension().string();
             if (extension != ".cpp" && extension != ".h") {
@@ -76,7 +94,9 @@ TEST(Layers, EveryIncludeIsSeen) {
     for (const Include &include : AllIncludes()) {
         folders.insert(include.folder);
     }
-    EXPECT_EQ(folders.size(), kMayInclude.size());
+    for (const auto &folder : kMayInclude) {
+        EXPECT_EQ(folders.count(folder.first) == 1, IsThere(folder.first)) << folder.first;
+    }
     EXPECT_GT(AllIncludes().size(), 100u);
 }
 
@@ -89,27 +109,30 @@ TEST(Layers, NoFolderIncludesOneAboveItOrBesideIt) {
     }
 }
 
-// Doors have capitals in their names or are named like their folder; store and support are open as a whole.
+// Doors have capitals in their names or are named like their folder.
 bool IsRoom(const Include &include) {
     const std::string folder = FolderOf(include);
     const std::string name = fs::path(include.included).filename().string();
-    return name != folder + ".h" && folder != "store" && folder != "support" &&
-           std::islower(static_cast<unsigned char>(name[0])) != 0;
+    return name != folder + ".h" && kOpen.count(folder) == 0 && std::islower(static_cast<unsigned char>(name[0])) != 0;
 }
 
 TEST(Layers, NoFolderIncludesARoomOfAnother) {
     for (const Include &include : AllIncludes()) {
-        if (!include.system && include.folder != FolderOf(include)) {
+        const bool itsReader = include.folder == "account" && FolderOf(include) == "abaqus"; // it looks at the records
+        if (!include.system && include.folder != FolderOf(include) && !itsReader) {
             EXPECT_FALSE(IsRoom(include)) << include.folder << "/" << include.file << " includes " << include.included;
         }
     }
 }
 
-TEST(Layers, OnlyOneFileCallsTheSystem) {
+// One for files and memory, one for the terminal.
+TEST(Layers, OnlyTwoFilesCallTheSystem) {
+    const std::set<std::string> callers{"support/system.cpp", "kivodeck/terminal.cpp"};
     const std::set<std::string> system{"unistd.h", "fcntl.h", "malloc.h", "signal.h", "csignal"};
     for (const Include &include : AllIncludes()) {
         if (include.system && (system.count(include.included) == 1 || include.included.compare(0, 4, "sys/") == 0)) {
-            EXPECT_EQ(include.folder + "/" + include.file, "support/system.cpp") << include.included;
+            EXPECT_EQ(callers.count(include.folder + "/" + include.file), 1u)
+                << include.folder << "/" << include.file << " includes " << include.included;
         }
     }
 }

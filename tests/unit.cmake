@@ -23,3 +23,17 @@ add_dependencies(driver_test KIVOm)
 kivom_test(meshfile_test LINK kivom_meshfile kivom_system)
 target_sources(meshfile_test PRIVATE support/printmesh.cpp)
 target_compile_definitions(meshfile_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases")
+kivom_test(account_findings_test LINK kivom_account kivom_deck kivom_core kivom_system)
+target_compile_definitions(account_findings_test PRIVATE
+  KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
+add_dependencies(account_findings_test KIVOm)
+
+# The second program, where it is built.
+if(TARGET kivodeck)
+  kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
+  target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
+    KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
+  add_dependencies(kivodeck_test kivodeck)
+  add_test(NAME docs.findings
+    COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
+endif()

@@ -1,0 +1,228 @@
+// The steps of an account, and the report that comes of them.
+#include "account/check.h"
+
+#include "account/account.h"
+#include "account/summary.h"
+
+#include "abaqus/abqdeck.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <tuple>
+
+namespace account {
+
+namespace {
+
+// Nodes that are given several times: whether the translator takes the right ones, for elements and for sets.
+class TwiceJudge {
+  public:
+    explicit TwiceJudge(const Account &account) : account_(account), mesh_(account.mesh) {
+        const deck::Mesh &mesh = account.mesh;
+        for (std::size_t i = 0; i < mesh.nodeLine.size(); ++i) {
+            byLine_.push_back({mesh.nodeLine[i], i});
+        }
+        std::sort(byLine_.begin(), byLine_.end());
+    }
+
+    // The code for the definition of that line, or false when a later one counts.
+    bool Judge(int line, Code *code) const {
+        const auto found = std::lower_bound(byLine_.begin(), byLine_.end(), std::make_pair(line, std::size_t{0}));
+        if (found == byLine_.end() || found->first != line) {
+            return false;
+        }
+        const std::size_t i = found->second;
+        const HeldNode node = account_.heldNodes->Find(mesh_.nodeNumber[i]);
+        const bool right = node.block != nullptr && node.block->d1X[node.row] == mesh_.x[i] &&
+                           node.block->d1Y[node.row] == mesh_.y[i] && node.block->d1Z[node.row] == mesh_.z[i] &&
+                           (node.block->i1Tag[node.row] != 0 || !IsTagged(mesh_.nodeNumber[i]));
+        *code = right ? Code::nodeRepeated : Code::nodeTwice;
+        return true;
+    }
+
+  private:
+    // Whether another row of that number carries the tag of a set.
+    static bool IsTagged(int number) {
+        for (const ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
+            const int *end = block->i1GID + block->count;
+            for (const int *at = std::lower_bound<const int *>(block->i1GID, end, number); at != end && *at == number;
+                 ++at) {
+                if (block->i1Tag[at - block->i1GID] != 0) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    const Account &account_;
+    const deck::Mesh &mesh_;
+    std::vector<std::pair<int, std::size_t>> byLine_;
+};
+
+// What the deck itself has to say becomes part of the report. Without a file that it needs, what is missing in the rest
+// says nothing.
+void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findings) {
+    const auto isTwice = [](const deck::Finding &finding) {
+        return finding.code == deck::Code::nodeTwice || finding.code == deck::Code::nodeAgain;
+    };
+    std::unique_ptr<TwiceJudge> judge;
+    if (std::any_of(findings.begin(), findings.end(), isTwice)) {
+        judge = std::make_unique<TwiceJudge>(*account);
+    }
+    for (const deck::Finding &finding : findings) {
+        const bool follows = finding.code == deck::Code::missingNode || finding.code == deck::Code::missingMember ||
+                             finding.code == deck::Code::emptyDeck || finding.code == deck::Code::generatorEnds;
+        if (!account->deck.readable && follows) {
+            continue;
+        }
+        account->findings.push_back(FromDeck(finding));
+        if (isTwice(finding) && !judge->Judge(finding.place.line, &account->findings.back().code)) {
+            account->findings.pop_back();
+        }
+    }
+}
+
+void IndexCells(CellIndex *index) {
+    std::vector<const int *> columns;
+    std::vector<int> counts;
+    for (ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+        index->blocks.push_back(block);
+        columns.push_back(block->i1GID);
+        counts.push_back(block->count);
+    }
+    ABQBuildFinder(&index->finder, static_cast<int>(columns.size()), columns.data(), counts.data());
+    index->built = true;
+}
+
+void NoteRepeatedNodes(Account *account) {
+    for (const std::vector<deck::Finding> *findings : {&account->deck.findings, &account->mesh.findings}) {
+        for (const deck::Finding &finding : *findings) {
+            if (finding.code == deck::Code::nodeTwice || finding.code == deck::Code::nodeAgain) {
+                account->repeatedNodes.push_back(std::atoi(finding.words[0].c_str()));
+            }
+        }
+    }
+    std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
+}
+
+// Leaves out what only follows: of two findings about a row the one that tells more stays.
+void DropFollowing(Account *account) {
+    std::vector<int> toldLines; // of findings that say that a row or a section is lost
+    for (const Finding &finding : account->findings) {
+        const bool loses = finding.code <= Code::surfaceType || finding.code == Code::setByName ||
+                           finding.code == Code::instanceMember || finding.code == Code::noLabel;
+        if (loses && finding.place.file == 0) {
+            toldLines.push_back(finding.place.line);
+        }
+    }
+    std::sort(toldLines.begin(), toldLines.end());
+    const auto follows = [&](const Finding &finding) {
+        const int line = finding.place.line;
+        const bool told = finding.place.file == 0 && std::binary_search(toldLines.begin(), toldLines.end(), line);
+        switch (finding.code) {
+        case Code::setLater:
+        case Code::freeFaces:
+        case Code::uncertain:
+        case Code::notMesh:
+            return told;
+        case Code::setByName:
+        case Code::instanceMember:
+            return DeckSays(*account, deck::Code::missingMember, line, line) ||
+                   DeckSays(*account, deck::Code::setCycle, line, line);
+        default:
+            return false;
+        }
+    };
+    account->findings.erase(std::remove_if(account->findings.begin(), account->findings.end(), follows),
+                            account->findings.end());
+}
+
+// Findings by where a reader of the deck meets them: those of an included file at the line that includes it.
+void SortFindings(const std::vector<deck::File> &files, std::vector<Finding> *findings) {
+    std::vector<int> rootLine(files.size(), 0);
+    for (std::size_t f = 1; f < files.size(); ++f) {
+        const int from = files[f].includedFrom;
+        rootLine[f] = from > 0 && from < static_cast<int>(f) ? rootLine[static_cast<std::size_t>(from)] : files[f].line;
+    }
+    const auto key = [&](const Finding &finding) {
+        const deck::Place &place = finding.place;
+        const int root = place.file > 0 ? rootLine[static_cast<std::size_t>(place.file)] : place.line;
+        return std::make_tuple(root, place.file, place.line, place.column);
+    };
+    std::stable_sort(findings->begin(), findings->end(),
+                     [&](const Finding &a, const Finding &b) { return key(a) < key(b); });
+}
+
+void CountLevels(Report *report) {
+    for (const Finding &finding : report->findings) {
+        switch (KindOf(finding.code).level) {
+        case Level::error:
+            ++report->errors;
+            break;
+        case Level::warning:
+            ++report->warnings;
+            break;
+        default:
+            ++report->notes;
+            break;
+        }
+    }
+}
+
+void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
+    Account account(*deck, *reading);
+    SortWhatDeckSays(&account);
+    MatchSections(&account); // rows are in the order of the deck until both readings are resolved
+    account.mesh = Assemble(*deck);
+    reading->Resolve();
+    SortWhatDeckSays(&account);
+    account.heldNodes = std::make_unique<HeldNodes>();
+    IndexCells(&account.cells);
+    NoteRepeatedNodes(&account);
+    AccountFiles(&account);
+    AccountGenerators(&account);
+    AccountInstances(&account);
+    AccountElements(&account);
+    AccountGroups(&account);
+    AccountSets(&account);
+    AccountSurfaces(&account);
+    AccountUnusedNodes(&account);
+    TakeDeckFindings(&account, deck->findings);
+    TakeDeckFindings(&account, account.mesh.findings);
+    DropFollowing(&account);
+    report->meaning = SumUpMeaning(account);
+    report->reading = SumUpReading(&account);
+    report->findings = std::move(account.findings);
+}
+
+} // namespace
+
+Report CheckDeck(const std::string &path) {
+    Report report;
+    report.path = path;
+    deck::Deck deck = deck::ReadDeck(path);
+    Reading reading(path.c_str());
+    if (reading.opened() && !deck.files.empty()) {
+        CompareReadings(&deck, &reading, &report);
+    } else {
+        for (const deck::Finding &finding : deck.findings) {
+            report.findings.push_back(FromDeck(finding));
+        }
+    }
+    report.readable = deck.readable && reading.opened() && reading.readToEnd();
+    if (!report.readable && deck.readable) { // the file went away, or became unreadable, between the two readings
+        report.findings.push_back({Code::unreadable, {0, 0, 0}, {path, "it cannot be read again"}, 1});
+    }
+    report.files = deck.files;
+    if (report.files.empty()) {
+        report.files.push_back({path, -1, 0});
+    }
+    SortFindings(report.files, &report.findings);
+    report.otherKeywords = deck.otherKeywords;
+    CountLevels(&report);
+    return report;
+}
+
+} // namespace account

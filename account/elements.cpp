@@ -1,0 +1,274 @@
+// Elements: their dimension, orientation and type, and the nodes that none of them uses.
+#include "account/account.h"
+
+#include "support/lookup.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace account {
+
+namespace {
+
+using deck::ElementRun;
+using deck::Mesh;
+using deck::Shape;
+
+// Below this measure (twice the area, six times the volume) the translator exchanges two nodes.
+constexpr double kTurnedBelow = 1e-10;
+
+// A measure so small beside the edges is no orientation: rounding leaves as much.
+constexpr double kFlatRatio = 1e-12;
+
+const deck::ElementSection &SectionOf(const Account &account, const ElementRun &run) {
+    return account.deck.scopes[static_cast<std::size_t>(run.scope)]
+        .elements.sections[static_cast<std::size_t>(run.section)];
+}
+
+const deck::ElementType &TypeOf(const Account &account, const ElementRun &run) {
+    return account.deck.types[static_cast<std::size_t>(run.type)].type;
+}
+
+// Whether the reader has made a record of the run's section, and it stands for this instance.
+bool HoldsRun(const Account &account, const ElementRun &run) {
+    const deck::ElementSection &section = SectionOf(account, run);
+    return account.placedHeld[static_cast<std::size_t>(run.placed)] != 0 && section.file == 0 &&
+           account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+}
+
+void MarkUsedNodes(Account *account) {
+    const Mesh &mesh = account->mesh;
+    account->nodeUsed.assign(mesh.nodeNumber.size(), kUnused);
+    for (const int node : mesh.nodes) {
+        if (node >= 0) {
+            account->nodeUsed[static_cast<std::size_t>(node)] = kUsed;
+        }
+    }
+}
+
+// Some elements of one section that have something in common: the line of the first and how many.
+struct Some {
+    int line = 0;
+    long long count = 0;
+    void Note(int at) {
+        line = count == 0 ? at : line;
+        ++count;
+    }
+};
+
+struct Measure {
+    double value;  // as the translator's: twice the area, six times the volume
+    double length; // longest edge at the first corner
+    int dimension;
+};
+
+Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
+    double d[3][3];
+    double longest = 0;
+    for (int k = 0; k < dimension; ++k) {
+        const auto a = static_cast<std::size_t>(nodes[0]);
+        const auto b = static_cast<std::size_t>(nodes[k + 1]);
+        d[k][0] = mesh.x[b] - mesh.x[a];
+        d[k][1] = mesh.y[b] - mesh.y[a];
+        d[k][2] = mesh.z[b] - mesh.z[a];
+        longest = std::max(longest,
+                           std::sqrt(d[k][0] * d[k][0] + d[k][1] * d[k][1] + (dimension == 3 ? d[k][2] * d[k][2] : 0)));
+    }
+    if (dimension == 2) {
+        return {d[0][0] * d[1][1] - d[1][0] * d[0][1], longest, 2};
+    }
+    const double cx = d[0][1] * d[1][2] - d[0][2] * d[1][1];
+    const double cy = d[0][2] * d[1][0] - d[0][0] * d[1][2];
+    const double cz = d[0][0] * d[1][1] - d[0][1] * d[1][0];
+    return {cx * d[2][0] + cy * d[2][1] + cz * d[2][2], longest, 3};
+}
+
+bool IsFlat(const Measure &measure) {
+    const double scale =
+        measure.dimension == 2 ? measure.length * measure.length : measure.length * measure.length * measure.length;
+    return std::fabs(measure.value) <= kFlatRatio * scale;
+}
+
+bool AllCornersThere(const int *nodes, int count) {
+    return std::all_of(nodes, nodes + count, [](int node) { return node >= 0; });
+}
+
+void AccountOrientation(Account *account, const ElementRun &run) {
+    const Mesh &mesh = account->mesh;
+    const int dimension = DimensionOf(TypeOf(*account, run).shape);
+    Some turned;
+    Some flat;
+    Some small;
+    for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+        const int *nodes = &mesh.nodes[run.firstNode + (e - run.first) * static_cast<std::size_t>(run.width)];
+        if (!AllCornersThere(nodes, dimension + 1)) {
+            continue;
+        }
+        const Measure measure = MeasureOf(mesh, nodes, dimension);
+        if (!(measure.value < kTurnedBelow)) {
+            continue;
+        }
+        Some *kind = IsFlat(measure) ? &flat : (measure.value > 0 ? &small : &turned);
+        kind->Note(mesh.elementLine[e]);
+    }
+    const auto tell = [&](Code code, const Some &some) {
+        if (some.count > 0) {
+            Add(account, code, PlaceOfLine(some.line), {}, some.count);
+        }
+    };
+    tell(Code::turned, turned);
+    tell(Code::flat, flat);
+    tell(Code::tooSmall, small);
+}
+
+// Triangles whose nodes do not share one z.
+void AccountPlane(Account *account, const ElementRun &run, double plane, double tolerance) {
+    const Mesh &mesh = account->mesh;
+    Some outside;
+    for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+        const int *nodes = &mesh.nodes[run.firstNode + (e - run.first) * static_cast<std::size_t>(run.width)];
+        if (std::any_of(nodes, nodes + run.width, [&](int node) {
+                return node >= 0 && std::fabs(mesh.z[static_cast<std::size_t>(node)] - plane) > tolerance;
+            })) {
+            outside.Note(mesh.elementLine[e]);
+        }
+    }
+    if (outside.count > 0) {
+        Add(account, Code::outOfPlane, PlaceOfLine(outside.line), {}, outside.count);
+    }
+}
+
+// The z of the first triangle's first node, and how far other nodes may lie from it.
+void FindPlane(const Account &account, double *plane, double *tolerance) {
+    const Mesh &mesh = account.mesh;
+    double extent = 0;
+    for (std::size_t i = 0; i < mesh.x.size(); ++i) {
+        extent = std::max({extent, std::fabs(mesh.x[i]), std::fabs(mesh.y[i])});
+    }
+    *tolerance = extent * 1e-9;
+    for (const ElementRun &run : mesh.elementRuns) {
+        if (DimensionOf(TypeOf(account, run).shape) == 2 && run.count > 0 && mesh.nodes[run.firstNode] >= 0) {
+            *plane = mesh.z[static_cast<std::size_t>(mesh.nodes[run.firstNode])];
+            return;
+        }
+    }
+}
+
+void AccountHeldRuns(Account *account) {
+    double plane = 0;
+    double tolerance = 0;
+    const bool flatMesh = account->mesh.dimension == 2;
+    if (flatMesh) {
+        FindPlane(*account, &plane, &tolerance);
+    }
+    for (const ElementRun &run : account->mesh.elementRuns) {
+        if (!HoldsRun(*account, run) || run.count == 0) {
+            continue;
+        }
+        const bool triangles = DimensionOf(TypeOf(*account, run).shape) == 2;
+        if (triangles && !flatMesh) {
+            Add(account, Code::mixedDimension, PlaceOf(*account, SectionOf(*account, run).card), {},
+                static_cast<long long>(run.count));
+            continue;
+        }
+        AccountOrientation(account, run);
+        if (triangles) {
+            AccountPlane(account, run, plane, tolerance);
+        }
+    }
+}
+
+using Edge = std::pair<int, int>;
+
+Edge EdgeOf(int a, int b) {
+    return {std::min(a, b), std::max(a, b)};
+}
+
+// All edges of triangles, quadrilaterals and solids, ascending.
+std::vector<Edge> EdgesOfCells(const Account &account) {
+    const Mesh &mesh = account.mesh;
+    std::vector<Edge> edges;
+    for (const ElementRun &run : mesh.elementRuns) {
+        const Shape shape = TypeOf(account, run).shape;
+        for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+            const int *nodes = &mesh.nodes[run.firstNode + (e - run.first) * static_cast<std::size_t>(run.width)];
+            for (int f = 0; f < FacesOf(shape); ++f) {
+                const deck::FaceRow &face = FaceOf(shape, f);
+                for (int k = 0; k < face.nCorners; ++k) {
+                    edges.push_back(EdgeOf(nodes[face.corner[k]], nodes[face.corner[(k + 1) % face.nCorners]]));
+                }
+            }
+        }
+    }
+    std::sort(edges.begin(), edges.end());
+    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+    return edges;
+}
+
+// Whether all lines of the run lie on such edges. The middle node of three stands last or between the ends.
+bool LieOnEdges(const Mesh &mesh, const ElementRun &run, const std::vector<Edge> &edges) {
+    for (std::size_t e = 0; e < run.count; ++e) {
+        const int *nodes = &mesh.nodes[run.firstNode + e * static_cast<std::size_t>(run.width)];
+        bool found = std::binary_search(edges.begin(), edges.end(), EdgeOf(nodes[0], nodes[1]));
+        found = found || (run.width == 3 && std::binary_search(edges.begin(), edges.end(), EdgeOf(nodes[0], nodes[2])));
+        if (!found) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Elements that carry something and that the mesh file has no place for.
+void AccountLines(Account *account) {
+    const Mesh &mesh = account->mesh;
+    std::vector<Edge> edges;
+    for (const ElementRun &run : mesh.elementRuns) {
+        const deck::TypeName &type = account->deck.types[static_cast<std::size_t>(run.type)];
+        const int card = SectionOf(*account, run).card;
+        if (type.type.kind != deck::TypeClass::cannotKeep || run.count == 0 ||
+            account->placedHeld[static_cast<std::size_t>(run.placed)] == 0 ||
+            account->cards[static_cast<std::size_t>(card)].state != CardState::refused) {
+            continue;
+        }
+        if (edges.empty() && DimensionOf(type.type.shape) == 1) {
+            edges = EdgesOfCells(*account);
+        }
+        const bool onEdges = DimensionOf(type.type.shape) == 1 && LieOnEdges(mesh, run, edges);
+        const Code code = !onEdges ? Code::cannotBeKept : mesh.dimension == 2 ? Code::lineElements : Code::edgeLines;
+        Add(account, code, PlaceOf(*account, card, "TYPE"), {type.name}, static_cast<long long>(run.count));
+    }
+}
+
+} // namespace
+
+void AccountUnusedNodes(Account *account) {
+    if (ElementsMayBeMissing(*account) || account->mesh.elementNumber.empty()) {
+        return;
+    }
+    const Mesh &mesh = account->mesh;
+    for (const deck::NodeRun &run : mesh.nodeRuns) {
+        const deck::NodeSection &section = account->deck.scopes[static_cast<std::size_t>(run.scope)]
+                                               .nodes.sections[static_cast<std::size_t>(run.section)];
+        if (account->placedHeld[static_cast<std::size_t>(run.placed)] == 0 || section.file != 0 ||
+            account->cards[static_cast<std::size_t>(section.card)].state != CardState::held) {
+            continue;
+        }
+        Some unused;
+        for (std::size_t i = run.first; i < run.first + run.count; ++i) {
+            if (account->nodeUsed[i] == kUnused) {
+                unused.Note(mesh.nodeLine[i]);
+            }
+        }
+        if (unused.count > 0) {
+            Add(account, Code::unusedNodes, PlaceOfLine(unused.line), {}, unused.count);
+        }
+    }
+}
+
+void AccountElements(Account *account) {
+    MarkUsedNodes(account);
+    AccountHeldRuns(account);
+    AccountLines(account);
+}
+
+} // namespace account

@@ -1,0 +1,204 @@
+// What the reader passes over on the way from rows to a mesh: included files, generators, instances.
+#include "account/account.h"
+
+#include <algorithm>
+
+namespace account {
+
+namespace {
+
+using deck::Keyword;
+
+// For each file, whether anything of a mesh comes from it.
+std::vector<char> FilesWithMesh(const deck::Deck &deck) {
+    std::vector<char> holds(deck.files.size(), 0);
+    const auto note = [&](int file) { holds[static_cast<std::size_t>(file)] = 1; };
+    for (const deck::Card &card : deck.cards) {
+        if (card.keyword != Keyword::include && card.keyword != Keyword::section && card.place.file > 0) {
+            note(card.place.file);
+        }
+    }
+    for (const deck::Scope &scope : deck.scopes) {
+        const auto noteAll = [&](const auto &sections) {
+            for (const auto &section : sections) {
+                note(section.file);
+            }
+        };
+        noteAll(scope.nodes.sections);
+        noteAll(scope.elements.sections);
+        noteAll(scope.nodeSets.sections);
+        noteAll(scope.elementSets.sections);
+        noteAll(scope.surfaces.sections);
+    }
+    for (std::size_t f = deck.files.size(); f-- > 1;) { // an included file comes behind the one that includes it
+        if (holds[f] != 0 && deck.files[f].includedFrom > 0) {
+            note(deck.files[f].includedFrom);
+        }
+    }
+    return holds;
+}
+
+bool IsGenerator(Keyword keyword, Code *code) {
+    switch (keyword) {
+    case Keyword::ngen:
+        *code = Code::noNgen;
+        return true;
+    case Keyword::nfill:
+        *code = Code::noNfill;
+        return true;
+    case Keyword::ncopy:
+        *code = Code::noNcopy;
+        return true;
+    case Keyword::elgen:
+        *code = Code::noElgen;
+        return true;
+    case Keyword::elcopy:
+        *code = Code::noElcopy;
+        return true;
+    default:
+        return false;
+    }
+}
+
+struct Numbered {
+    int number;
+    int placed;
+    bool operator<(const Numbered &other) const {
+        return number != other.number ? number < other.number : placed < other.placed;
+    }
+};
+
+struct Clash {
+    int with = -1; // placed
+    long long count = 0;
+};
+
+// Numbers that several parts have; for each part but the first of them, how many.
+std::vector<Clash> FindClashes(std::vector<Numbered> *numbers, std::size_t nPlaced, std::vector<int> *clashing) {
+    std::vector<Clash> clashes(nPlaced);
+    std::sort(numbers->begin(), numbers->end());
+    for (std::size_t i = 1; i < numbers->size(); ++i) {
+        const Numbered &a = (*numbers)[i - 1];
+        const Numbered &b = (*numbers)[i];
+        if (a.number == b.number && a.placed != b.placed) {
+            Clash &clash = clashes[static_cast<std::size_t>(b.placed)];
+            clash.with = clash.with == -1 ? a.placed : clash.with;
+            ++clash.count;
+            if (clashing->empty() || clashing->back() != a.number) {
+                clashing->push_back(a.number);
+            }
+        }
+    }
+    return clashes;
+}
+
+std::string PlacedName(const deck::Mesh &mesh, int placed) {
+    const deck::Placed &part = mesh.placed[static_cast<std::size_t>(placed)];
+    return part.name.empty() ? "the deck itself" : part.name;
+}
+
+// The keyword line of the part (or of the instance that holds the rows itself).
+deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed) {
+    const int scope = placed.part > 0 ? placed.part : placed.own;
+    const int card = scope >= 0 ? account.deck.scopes[static_cast<std::size_t>(scope)].card : -1;
+    return card >= 0 ? PlaceOf(account, card) : PlaceOfLine(1);
+}
+
+void AccountClashes(Account *account) {
+    const deck::Mesh &mesh = account->mesh;
+    std::vector<Numbered> nodes;
+    std::vector<Numbered> elements;
+    for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
+        const deck::Placed &placed = mesh.placed[p];
+        if (account->placedHeld[p] == 0) {
+            continue;
+        }
+        for (std::size_t i = placed.firstNode; i < placed.firstNode + placed.nNodes; ++i) {
+            nodes.push_back({mesh.nodeNumber[i], static_cast<int>(p)});
+        }
+        for (std::size_t i = placed.firstElement; i < placed.firstElement + placed.nElements; ++i) {
+            elements.push_back({mesh.elementNumber[i], static_cast<int>(p)});
+        }
+    }
+    const std::vector<Clash> ofNodes = FindClashes(&nodes, mesh.placed.size(), &account->clashingNodes);
+    const std::vector<Clash> ofElements = FindClashes(&elements, mesh.placed.size(), &account->clashingElements);
+    for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
+        const long long count = ofNodes[p].count + ofElements[p].count;
+        if (count > 0) {
+            const int with = ofNodes[p].count > 0 ? ofNodes[p].with : ofElements[p].with;
+            Add(account, Code::numberClash, PlaceOfPlaced(*account, mesh.placed[p]),
+                {std::to_string(ofNodes[p].count), std::to_string(ofElements[p].count),
+                 PlacedName(mesh, static_cast<int>(p)), PlacedName(mesh, with)},
+                count);
+        }
+    }
+}
+
+} // namespace
+
+void AccountFiles(Account *account) {
+    const deck::Deck &deck = account->deck;
+    const std::vector<char> holds = FilesWithMesh(deck);
+    for (std::size_t f = 1; f < deck.files.size(); ++f) {
+        if (deck.files[f].includedFrom != 0 || holds[f] == 0) {
+            continue;
+        }
+        for (const deck::Card &card : deck.cards) {
+            if (card.keyword == Keyword::include && card.place.file == 0 && card.place.line == deck.files[f].line) {
+                Add(account, Code::include, card.place, {deck.files[f].path});
+            }
+        }
+    }
+}
+
+void AccountGenerators(Account *account) {
+    const deck::Deck &deck = account->deck;
+    std::vector<long long> made(deck.cards.size(), 0);
+    for (const deck::Scope &scope : deck.scopes) {
+        for (const deck::NodeSection &section : scope.nodes.sections) {
+            made[static_cast<std::size_t>(section.card)] += static_cast<long long>(section.count);
+        }
+        for (const deck::ElementSection &section : scope.elements.sections) {
+            made[static_cast<std::size_t>(section.card)] += static_cast<long long>(section.count);
+        }
+    }
+    for (std::size_t c = 0; c < deck.cards.size(); ++c) {
+        Code code;
+        if (made[c] > 0 && deck.cards[c].place.file == 0 && IsGenerator(deck.cards[c].keyword, &code)) {
+            Add(account, code, deck.cards[c].place, {}, made[c]);
+        }
+    }
+}
+
+// The reader has the rows of a part once, where they stand. They count for the first instance of the part.
+void AccountInstances(Account *account) {
+    const deck::Mesh &mesh = account->mesh;
+    account->placedHeld.assign(mesh.placed.size(), 1);
+    std::vector<char> partSeen(account->deck.scopes.size(), 0);
+    for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
+        const deck::Placed &placed = mesh.placed[p];
+        if (placed.instance == -1) {
+            continue;
+        }
+        const deck::Instance &instance = account->deck.instances[static_cast<std::size_t>(placed.instance)];
+        const bool again = placed.part > 0 && partSeen[static_cast<std::size_t>(placed.part)] != 0;
+        if (placed.part > 0) {
+            partSeen[static_cast<std::size_t>(placed.part)] = 1;
+        }
+        account->placedHeld[p] = again ? 0 : 1;
+        if (PlaceOf(*account, instance.card).file != 0) {
+            continue; // that of the include has been told
+        }
+        if (again) {
+            Add(account, Code::instanceCopied, PlaceOf(*account, instance.card),
+                {placed.name, account->deck.scopes[static_cast<std::size_t>(placed.part)].name},
+                static_cast<long long>(placed.nElements));
+        } else if ((instance.moved || instance.turned) && placed.nNodes > 0) {
+            Add(account, Code::instanceMoved, PlaceOf(*account, instance.card), {placed.name},
+                static_cast<long long>(placed.nNodes));
+        }
+    }
+    AccountClashes(account);
+}
+
+} // namespace account

@@ -1,0 +1,206 @@
+// Node sets: who of their members carries their tag in the end. Element sets: whether anything comes of them.
+#include "account/account.h"
+#include "account/records.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace account {
+
+namespace {
+
+using deck::MeshSet;
+using deck::SetSection;
+using deck::SetSource;
+
+const SetSection &SectionAt(const deck::SetTable &table, int section) {
+    return table.sections[static_cast<std::size_t>(section)];
+}
+
+// One set of the mesh with the reader's records of it.
+struct HeldSet {
+    std::vector<const ABQSet *> records;
+    std::vector<int> cards; // of the records
+    bool whole = true;      // every section of it is held, and its rows are alike
+};
+
+HeldSet FindRecords(const Account &account, const MeshSet &set, const ByLine<ABQSet> &byLine, bool ofNodes) {
+    HeldSet held;
+    for (const deck::Origin &origin : set.origins) {
+        const deck::Scope &scope = account.deck.scopes[static_cast<std::size_t>(origin.scope)];
+        const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
+        for (const int s : table.sets[static_cast<std::size_t>(origin.index)].sections) {
+            const SetSection &section = SectionAt(table, s);
+            const CardUse &use = account.cards[static_cast<std::size_t>(section.card)];
+            const bool list = section.source == SetSource::rows || section.source == SetSource::ranges;
+            const ABQSet *record = list && use.state == CardState::held ? byLine.Find(use.readLine) : nullptr;
+            held.whole = held.whole && record != nullptr && !use.flawed;
+            if (record != nullptr && (held.cards.empty() || held.cards.back() != section.card)) {
+                held.records.push_back(record);
+                held.cards.push_back(section.card);
+            }
+        }
+    }
+    return held;
+}
+
+bool HasTag(const HeldSet &held, int tag) {
+    return std::any_of(held.records.begin(), held.records.end(),
+                       [&](const ABQSet *record) { return record->tag == tag; });
+}
+
+// Whether one of the reader's records lists the number.
+bool Lists(const HeldSet &held, int number) {
+    return std::any_of(held.records.begin(), held.records.end(), [&](const ABQSet *record) {
+        return std::binary_search(record->numbers, record->numbers + record->count, number);
+    });
+}
+
+// What became of a set's members.
+struct Fate {
+    std::map<int, long long> taken; // by the tag of the set that has them
+    long long unused = 0;           // no element names them
+    long long lost = 0;             // for no reason that is known
+};
+
+Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
+    Fate fate;
+    const bool tellUnused = !ElementsMayBeMissing(*account) && !account->mesh.elementNumber.empty();
+    for (const int node : set.members) {
+        const auto at = static_cast<std::size_t>(node);
+        const int number = account->mesh.nodeNumber[at];
+        if (account->nodeUsed[at] != kUsed && tellUnused) {
+            ++fate.unused;
+            account->nodeUsed[at] = kToldUnused;
+        }
+        const int tag = account->heldNodes->TagOf(number);
+        if (HasTag(held, tag) || !HoldsNode(*account, node) || !Lists(held, number)) {
+            continue;
+        }
+        if (tag > 0) {
+            ++fate.taken[tag];
+        } else if (!std::binary_search(account->repeatedNodes.begin(), account->repeatedNodes.end(), number)) {
+            ++fate.lost;
+        }
+    }
+    return fate;
+}
+
+void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const std::vector<const ABQSet *> &byTag) {
+    const Fate fate = FateOf(account, set, held);
+    const int card = held.cards.back();
+    for (const auto &[tag, count] : fate.taken) {
+        Add(account, Code::overlapNodes, PlaceOf(*account, card),
+            {set.plain, byTag[static_cast<std::size_t>(tag)]->name}, count);
+    }
+    if (fate.unused > 0) {
+        Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {set.plain}, fate.unused);
+    }
+    if (fate.lost > 0) {
+        Add(account, Code::differs, PlaceOf(*account, card),
+            {std::to_string(fate.lost) + " members of node set " + set.plain + " do not carry its tag"}, fate.lost);
+    }
+}
+
+// NSET= on *NODE lines.
+void AccountSetsOnNodes(Account *account) {
+    for (const deck::Scope &scope : account->deck.scopes) {
+        std::size_t nNodes = 0;
+        for (const deck::NodeSection &section : scope.nodes.sections) {
+            nNodes += section.count;
+        }
+        for (const deck::Set &set : scope.nodeSets.sets) {
+            std::size_t nOfSet = 0;
+            int card = -1;
+            for (const int s : set.sections) {
+                const SetSection &section = SectionAt(scope.nodeSets, s);
+                if (section.source == SetSource::nodes) {
+                    nOfSet += scope.nodes.sections[static_cast<std::size_t>(section.rowsOf)].count;
+                    const bool held = account->cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+                    card = card == -1 && held ? section.card : card;
+                }
+            }
+            if (card != -1 && nOfSet > 0) {
+                Add(account, nOfSet == nNodes ? Code::allNodesSet : Code::setOnNode, PlaceOf(*account, card, "NSET"),
+                    {set.name}, static_cast<long long>(nOfSet));
+            }
+        }
+    }
+}
+
+void AccountNodeSets(Account *account) {
+    const ByLine<ABQSet> byLine(ABQDeck()->nodeSets);
+    std::vector<const ABQSet *> byTag(byLine.all().size() + 1, nullptr);
+    for (const ABQSet *record : byLine.all()) {
+        byTag[static_cast<std::size_t>(record->tag)] = record;
+    }
+    for (const MeshSet &set : account->mesh.nodeSets) {
+        if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0) {
+            continue;
+        }
+        const HeldSet held = FindRecords(*account, set, byLine, true);
+        if (held.records.empty()) {
+            continue; // what became of its sections has been told
+        }
+        const deck::Place place = PlaceOf(*account, held.cards.front());
+        if (set.members.empty()) {
+            if (held.whole &&
+                !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
+                Add(account, Code::emptySet, place, {"node set", set.plain});
+            }
+            continue;
+        }
+        TellFate(account, set, held, byTag);
+    }
+}
+
+// Names of element sets that rows of surfaces, other sets or groups make use of.
+std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope) {
+    std::set<std::string> used(scope.surfaces.names.begin(), scope.surfaces.names.end());
+    used.insert(scope.elementSets.names.begin(), scope.elementSets.names.end());
+    for (const deck::ElementSection &section : scope.elements.sections) {
+        used.insert(section.elset);
+    }
+    for (const SetSection &section : scope.nodeSets.sections) {
+        used.insert(section.sourceName);
+    }
+    static_cast<void>(account);
+    return used;
+}
+
+void AccountElementSets(Account *account) {
+    const ByLine<ABQSet> byLine(ABQDeck()->cellSets);
+    std::map<int, std::set<std::string>> usedOf;
+    for (const MeshSet &set : account->mesh.elementSets) {
+        const HeldSet held = FindRecords(*account, set, byLine, false);
+        if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0 || held.records.empty()) {
+            continue;
+        }
+        const deck::Place place = PlaceOf(*account, held.cards.front());
+        const int scope = set.origins.front().scope;
+        if (usedOf.count(scope) == 0) {
+            usedOf[scope] = UsedNames(*account, account->deck.scopes[static_cast<std::size_t>(scope)]);
+            const std::set<std::string> ofRoot = UsedNames(*account, account->deck.scopes[0]);
+            for (const std::string &name : ofRoot) {
+                usedOf[scope].insert(name.substr(name.find('.') + 1));
+            }
+        }
+        if (set.members.empty() && held.whole &&
+            !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
+            Add(account, Code::emptySet, place, {"element set", set.plain});
+        } else if (usedOf[scope].count(set.plain) == 0) {
+            Add(account, Code::setWithoutGroup, place, {set.plain});
+        }
+    }
+}
+
+} // namespace
+
+void AccountSets(Account *account) {
+    AccountSetsOnNodes(account);
+    AccountNodeSets(account);
+    AccountElementSets(account);
+}
+
+} // namespace account

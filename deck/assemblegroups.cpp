@@ -1,0 +1,92 @@
+// Cell groups, and the sections that assign elements.
+#include "deck/assembling.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace deck {
+
+namespace {
+
+constexpr const char *kAll = "ALL"; // group of elements that nothing names, in a deck without instances
+
+constexpr int kNotYet = -2; // no assignment, and not "none" either
+
+// Groups by the placed part and the name.
+using GroupMap = std::map<std::pair<int, std::string>, int>;
+
+// Marks the set's elements with the assignment that it is about; later ones take over.
+void Assign(Assembling *a, int placed, int scope, int index) {
+    Mesh &mesh = *a->mesh;
+    const Assignment &assignment = a->At(scope).assignments[static_cast<std::size_t>(index)];
+    const Named named = FindNamed(*a, placed, &PlacedNames::elementSets, assignment.elset);
+    const int made = static_cast<int>(mesh.assignments.size());
+    mesh.assignments.push_back({placed, scope, index, named.index});
+    const Card &card = a->deck->cards[static_cast<std::size_t>(assignment.card)];
+    if (named.index < 0) {
+        a->Find(Code::missingMember, card.place, {assignment.elset, card.name});
+        return;
+    }
+    for (const int element : mesh.elementSets[static_cast<std::size_t>(named.index)].members) {
+        mesh.assignment[static_cast<std::size_t>(element)] = made;
+    }
+}
+
+int GroupNamed(Assembling *a, GroupMap *groups, int placed, const std::string &plain, GroupFrom from) {
+    const auto put = groups->emplace(std::make_pair(placed, plain), static_cast<int>(a->mesh->groups.size()));
+    if (put.second) {
+        const std::string name =
+            from == GroupFrom::scope ? plain : FullName(*a, placed, plain, &PlacedNames::elementSets);
+        a->mesh->groups.push_back({name, plain, placed, from});
+    }
+    return put.first->second;
+}
+
+// The group of a section's set.
+int GroupOfSet(Assembling *a, GroupMap *named, int assigned) {
+    const Mesh::Assigned &by = a->mesh->assignments[static_cast<std::size_t>(assigned)];
+    const MeshSet &set = a->mesh->elementSets[static_cast<std::size_t>(by.set)];
+    return GroupNamed(a, named, set.placed, set.plain, GroupFrom::section);
+}
+
+void GroupRun(Assembling *a, const ElementRun &run, GroupMap *named, GroupMap *scopes) {
+    Mesh &mesh = *a->mesh;
+    const ElementSection &section = a->At(run.scope).elements.sections[static_cast<std::size_t>(run.section)];
+    const int whole = section.elset.empty() ? -1 : GroupNamed(a, named, run.placed, section.elset, GroupFrom::elset);
+    const std::string &instance = mesh.placed[static_cast<std::size_t>(run.placed)].name;
+    int before = kNotYet; // neighbours mostly have one section
+    int group = whole;
+    for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+        const int assigned = mesh.assignment[e];
+        if (whole < 0 && assigned != before) {
+            group = assigned < 0
+                        ? GroupNamed(a, scopes, run.placed, instance.empty() ? kAll : instance, GroupFrom::scope)
+                        : GroupOfSet(a, named, assigned);
+            before = assigned;
+        }
+        mesh.group[e] = group;
+    }
+}
+
+} // namespace
+
+void AssembleGroups(Assembling *a) {
+    Mesh &mesh = *a->mesh;
+    mesh.assignment.assign(mesh.elementNumber.size(), -1);
+    mesh.group.assign(mesh.elementNumber.size(), -1);
+    for (int placed = 0; placed <= a->Root(); ++placed) {
+        for (const Slot &slot : a->slots[static_cast<std::size_t>(placed)]) {
+            for (std::size_t i = 0; i < a->At(slot.scope).assignments.size(); ++i) {
+                Assign(a, placed, slot.scope, static_cast<int>(i));
+            }
+        }
+    }
+    GroupMap named;
+    GroupMap scopes; // a set may have the name of an instance
+    for (const ElementRun &run : mesh.elementRuns) {
+        GroupRun(a, run, &named, &scopes);
+    }
+}
+
+} // namespace deck

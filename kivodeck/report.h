@@ -1,0 +1,35 @@
+// Reports as text and as JSON.
+#ifndef KIVOM_KIVODECK_REPORT_H
+#define KIVOM_KIVODECK_REPORT_H
+
+#include "account/check.h"
+
+#include <string>
+#include <vector>
+
+namespace kivodeck {
+
+constexpr int kSchemaVersion = 1;
+
+struct TextStyle {
+    bool colour = false;
+    bool all = false; // every finding; else the first ten of a code
+};
+
+// The report of one deck: findings one a line, keywords outside the mesh, the verdict.
+std::string TextReport(const account::Report &report, const TextStyle &style);
+
+// One object: that of the deck, or for several decks {"schema_version", "decks": [...], "verdict"}.
+std::string JsonReport(const std::vector<account::Report> &reports);
+
+// The object of a run that came to nothing: one finding without a place.
+std::string JsonFailure(const std::string &code, const std::string &text);
+
+// All codes, or one, as `explain` shows them. Formats: text, json, man (a section of the manual page), markdown (a
+// table).
+std::string ExplainAll(const std::string &format);
+std::string ExplainOne(account::Code code, const std::string &format);
+
+} // namespace kivodeck
+
+#endif
