@@ -35,6 +35,10 @@ add_dependencies(account_findings_test KIVOm)
 
 # The second program, where it is built.
 if(TARGET kivodeck)
+  # Random decks; by hand: check_random_test --count 20000 --seed 1000.
+  add_executable(check_random_test check_random_test.cpp ../kivodeck/report.cpp)
+  target_link_libraries(check_random_test PRIVATE kivom_account kivom_fakesystem nlohmann_json::nlohmann_json)
+  add_test(NAME check_random COMMAND check_random_test)
   kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")

@@ -4,12 +4,13 @@
 // puts blanks, lower case, comments, empty lines and continuation lines back in.
 #include "tests/support/decks.h"
 
+#include "tests/support/dice.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <map>
-#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -64,53 +65,6 @@ Strings Pieces(const std::string &text, char mark) {
     return pieces;
 }
 
-class Dice {
-  public:
-    explicit Dice(std::uint64_t seed) : random_(seed * 2654435761u + 1) {}
-    int Below(int n) { // n > 0
-        return static_cast<int>(random_() % static_cast<std::uint64_t>(n));
-    }
-    int From(int least, int most) {
-        return least + Below(most - least + 1);
-    }
-    double Between(double least, double most) {
-        return least + (most - least) * static_cast<double>(random_() >> 11) * 0x1p-53;
-    }
-    bool Chance(double share) {
-        return Between(0, 1) < share;
-    }
-    int Any() {
-        return static_cast<int>(random_());
-    }
-    template <class List> const auto &Of(const List &list) {
-        return list[static_cast<std::size_t>(Below(static_cast<int>(list.size())))];
-    }
-    template <class T> T Of(std::initializer_list<T> list) {
-        return *(list.begin() + Below(static_cast<int>(list.size())));
-    }
-    template <class List> void Shuffle(List *list) {
-        for (std::size_t i = list->size(); i > 1; --i) {
-            std::swap((*list)[i - 1], (*list)[static_cast<std::size_t>(Below(static_cast<int>(i)))]);
-        }
-    }
-    // The list in `count` parts, of which some may be empty.
-    template <class List> std::vector<List> Deal(const List &list, int count) {
-        Ints cuts = {0, static_cast<int>(list.size())};
-        for (int i = 1; i < count; ++i) {
-            cuts.push_back(Below(static_cast<int>(list.size()) + 1));
-        }
-        std::sort(cuts.begin(), cuts.end());
-        std::vector<List> parts;
-        for (std::size_t i = 1; i < cuts.size(); ++i) {
-            parts.emplace_back(list.begin() + cuts[i - 1], list.begin() + cuts[i]);
-        }
-        return parts;
-    }
-
-  private:
-    std::mt19937_64 random_;
-};
-
 bool IsOdd(const Ints &order) {
     int turns = 0;
     for (std::size_t a = 0; a < order.size(); ++a) {
@@ -122,7 +76,8 @@ bool IsOdd(const Ints &order) {
 
 class Generator {
   public:
-    Generator(Dice *dice, bool bWild) : dice_(*dice), bWild_(bWild) {}
+    Generator(Dice *dice, DeckKind kind)
+        : dice_(*dice), bWild_(kind == DeckKind::kWild), bPlain_(kind == DeckKind::kPlain) {}
     std::vector<Section> Make();
     int nTurned = 0;
 
@@ -183,7 +138,7 @@ class Generator {
             found.insert(kind < 0.35   ? first + i
                          : kind < 0.5  ? 7 * i + 3
                          : kind < 0.75 ? dice_.From(1, 50 * count + 10)
-                         : kind < 0.95 ? dice_.From(1, 2147483646)
+                         : kind < 0.95 ? dice_.From(1, bPlain_ ? 999999999 : 2147483646)
                          : i < 2       ? (i == 0 ? INT32_MIN : INT32_MAX)
                                        : dice_.Any());
         }
@@ -209,7 +164,7 @@ class Generator {
     // A grid of nx * ny * nz cells (nz = 0: of squares, in two triangles each; else of cubes, in six tetrahedra).
     void Grid(int nx, int ny, int nz) {
         const int first = static_cast<int>(points_.size());
-        const double jitter = nz == 0 ? 0.15 : 0.05, height = dice_.Of({0.0, 0.0, 1.5});
+        const double jitter = nz == 0 ? 0.15 : 0.05, height = bPlain_ ? 0 : dice_.Of({0.0, 0.0, 1.5});
         const auto near = [&](int v) { return scale_ * (v + dice_.Between(-jitter, jitter)); };
         for (int i = 0; i < (nx + 1) * (ny + 1) * (nz + 1); ++i) {
             const double x = near(i % (nx + 1)), y = near(i / (nx + 1) % (ny + 1));
@@ -343,7 +298,7 @@ class Generator {
             dice_.Shuffle(&rows);
         }
         for (const auto &part : dice_.Deal(rows, dice_.Of({1, 1, 2, 3, 5}))) {
-            sections->push_back({dice_.Chance(0.4) ? Row{"NODE", "NSET=" + Name()} : Row{"NODE"}, part});
+            sections->push_back({!bDisjoint_ && dice_.Chance(0.4) ? Row{"NODE", "NSET=" + Name()} : Row{"NODE"}, part});
         }
     }
 
@@ -374,6 +329,38 @@ class Generator {
                                std::to_string(static_cast<long long>(dice_.Of(numbers)) + 4294967296LL)});
         }
         return {target, label};
+    }
+
+    // Takes up to so many from the end of the pool: no two sections have one of them.
+    template <class List> List Draw(List *pool, int most) {
+        const auto count = std::min(pool->size(), static_cast<std::size_t>(dice_.Below(most)));
+        List drawn(pool->end() - static_cast<long>(count), pool->end());
+        pool->resize(pool->size() - count);
+        return drawn;
+    }
+
+    // Node sets and surfaces that have nothing in common.
+    void AddDisjoint(std::vector<Section> *sections) {
+        Ints nodes;
+        std::vector<Row> sides;
+        for (const Element &element : elements_) {
+            nodes.insert(nodes.end(), element.nodes.begin(), element.nodes.end());
+            for (std::size_t s = 1; s <= element.corners.size(); ++s) {
+                sides.push_back({std::to_string(element.number), "S" + std::to_string(s)});
+            }
+        }
+        std::sort(nodes.begin(), nodes.end());
+        nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+        dice_.Shuffle(&nodes);
+        dice_.Shuffle(&sides);
+        for (int n = dice_.Below(4); n > 0; --n) {
+            Section set{{"NSET", "NSET=" + Name()}, {}};
+            for (const int node : Draw(&nodes, 30)) {
+                set.rows.push_back({Int(nodeNumbers_[static_cast<std::size_t>(node)])});
+            }
+            sections->push_back(set);
+            sections->push_back({{"SURFACE", "NAME=" + Name()}, Draw(&sides, 30)});
+        }
     }
 
     void AddSets(std::vector<Section> *sections) {
@@ -436,7 +423,7 @@ class Generator {
     }
 
     Dice &dice_;
-    bool bWild_;
+    bool bWild_, bPlain_, bDisjoint_ = false;
     double scale_ = 1, digits_ = 1000, bend_ = 0, inverted_ = 0, squeezed_ = 0, glued_ = 0;
     Strings names_;
     std::vector<std::array<double, 3>> points_;
@@ -452,7 +439,8 @@ std::vector<Section> Generator::Make() {
     digits_ = dice_.Chance(0.3) ? 0 : scale_ < 0.1 ? 1e10 : 1e3;
     bend_ = scale_ * dice_.Of({0.0, 0.0, 0.02});
     inverted_ = dice_.Of({0.0, 0.1, 0.5, 1.0});
-    squeezed_ = dice_.Of({0.0, 0.0, 0.0, 0.1});
+    bDisjoint_ = bPlain_ && dice_.Chance(0.7);
+    squeezed_ = bPlain_ ? 0 : dice_.Of({0.0, 0.0, 0.0, 0.1});
     glued_ = dice_.Of({0.0, 0.0, 0.4});
     const auto edge = [&](double cells, double root) {
         return std::max(1, static_cast<int>(std::lround(std::pow(cells, root) * dice_.Between(0.6, 1.4))));
@@ -461,13 +449,13 @@ std::vector<Section> Generator::Make() {
         const int nx = edge(count / 2.0, 0.5);
         Grid(nx, edge(count / 2.0 / nx, 1), 0);
     }
-    if (kind > 0.47) {
+    if (kind > (bPlain_ ? 0.53 : 0.47)) {
         const int nx = edge(count / 6.0, 0.33), ny = edge(count / 6.0, 0.33);
         Grid(nx, ny, edge(count / 6.0 / nx / ny, 1));
     }
     std::vector<Section> sections;
     AddBlocks(&sections);
-    AddSets(&sections);
+    bDisjoint_ ? AddDisjoint(&sections) : AddSets(&sections);
     if (bWild_) {
         Spoil(&sections);
     }
@@ -480,7 +468,8 @@ std::vector<Section> Generator::Make() {
 // Writes the sections in every way that must make no difference.
 class Speller {
   public:
-    Speller(Dice *dice, bool bWild) : dice_(*dice), letters_(dice_.Below(3)) {
+    Speller(Dice *dice, DeckKind kind) : dice_(*dice), bPlain_(kind == DeckKind::kPlain), letters_(dice_.Below(3)) {
+        const bool bWild = kind == DeckKind::kWild;
         const Strings kBytes = {" ", "\t", ";", "\\", "\r", "\x0b", "\x01", "\x1b", "\x7f", "\x80", "\xe4", "\xff"};
         blanks_ = dice_.Of({0.0, 0.05, 0.3});
         inside_ = bWild ? dice_.Of({0.0, 0.0, 0.02}) : 0.0;
@@ -494,7 +483,7 @@ class Speller {
     }
 
     std::string Spell(const std::vector<Section> &sections) {
-        if (dice_.Chance(0.25)) {
+        if (!bPlain_ && dice_.Chance(0.25)) {
             text_ = "A DECK\n1, 2, 3,\nNODE, NSET=ALL\n";
         }
         for (const Section &section : sections) {
@@ -506,7 +495,7 @@ class Speller {
                 if (bSet && dice_.Chance(commas_)) {
                     row.push_back(""); // set lines stand alone: a comma at the end says nothing
                 }
-                Line(row, !bSet);
+                Line(row, bPlain_ ? head[0] == "*ELEMENT" : !bSet);
             }
         }
         if (dice_.Chance(0.25) && !text_.empty()) {
@@ -531,8 +520,8 @@ class Speller {
         return Blank() + text + Blank();
     }
 
-    void End() {
-        if (dice_.Chance(comments_)) {
+    void End(bool bEmpty = false) {
+        if ((bEmpty || !bPlain_) && dice_.Chance(comments_)) {
             text_ += "**" + dice_.Of({std::string(" all nodes"), std::string("*NODE, NSET=NONE"), std::string(" 1, 2,"),
                                       std::string("*"), std::string(" \xe4\x01, ;"), longComment_});
         }
@@ -543,8 +532,8 @@ class Speller {
     // The tokens with commas between them, broken after some of the commas where lines are joined.
     void Line(const Row &tokens, bool bJoins) {
         while (dice_.Chance(comments_)) { // lines that hold nothing
-            text_ += Blank();
-            End();
+            text_ += bPlain_ ? "" : Blank();
+            End(true);
         }
         for (std::size_t i = 0; i < tokens.size(); ++i) {
             text_ += Token(tokens[i]) + (i + 1 < tokens.size() ? "," : "");
@@ -556,6 +545,7 @@ class Speller {
     }
 
     Dice &dice_;
+    bool bPlain_;
     int letters_;
     double blanks_, inside_, comments_, joins_, commas_, nul_;
     Strings dropped_, ends_;
@@ -567,7 +557,7 @@ class Speller {
 RandomDeck MakeRandomDeck(std::uint64_t seed, DeckKind kind) {
     const bool bWild = kind == DeckKind::kWild;
     Dice dice(seed);
-    Generator generator(&dice, bWild);
+    Generator generator(&dice, kind);
     const std::vector<Section> sections = generator.Make();
-    return {Speller(&dice, bWild).Spell(sections), bWild ? -1 : generator.nTurned};
+    return {Speller(&dice, kind).Spell(sections), bWild ? -1 : generator.nTurned};
 }

@@ -7,10 +7,11 @@
 #include <string>
 
 enum class DeckKind {
-    kMild, // well-formed: every section is read, every reference but some members of sets names something
-    kWild  // also what no deck should hold: refused and unknown sections, missing and stray fields, lines too long,
-           // names of any characters and lengths, odd labels and numbers, references to nothing; spelled with dropped
-           // bytes
+    kPlain, // a mild deck of one dimension, spelled so that every program reads it alike
+    kMild,  // well-formed: every section is read, every reference but some members of sets names something
+    kWild   // also what no deck should hold: refused and unknown sections, missing and stray fields, lines too long,
+            // names of any characters and lengths, odd labels and numbers, references to nothing; spelled with dropped
+            // bytes
 };
 
 struct RandomDeck {
