@@ -26,8 +26,9 @@ class TwiceJudge {
         std::sort(byLine_.begin(), byLine_.end());
     }
 
-    // The code for the definition of that line, or false when a later one counts.
-    bool Judge(int line, Code *code) const {
+    // The code for that definition, or false when a later one counts.
+    bool Judge(const deck::Finding &finding, Code *code) const {
+        const int line = finding.place.line;
         const auto found = std::lower_bound(byLine_.begin(), byLine_.end(), std::make_pair(line, std::size_t{0}));
         if (found == byLine_.end() || found->first != line) {
             return false;
@@ -37,7 +38,9 @@ class TwiceJudge {
         const bool right = node.block != nullptr && node.block->d1X[node.row] == mesh_.x[i] &&
                            node.block->d1Y[node.row] == mesh_.y[i] && node.block->d1Z[node.row] == mesh_.z[i] &&
                            (node.block->i1Tag[node.row] != 0 || !IsTagged(mesh_.nodeNumber[i]));
-        *code = right ? Code::nodeRepeated : Code::nodeTwice;
+        *code = !right                                  ? Code::nodeTwice
+                : finding.code == deck::Code::nodeTwice ? Code::nodeRedefined
+                                                        : Code::nodeRepeated;
         return true;
     }
 
@@ -61,6 +64,22 @@ class TwiceJudge {
     std::vector<std::pair<int, std::size_t>> byLine_;
 };
 
+// Elements that the reader holds of the part with that keyword line.
+long long CountHeld(const Account &account, const deck::Place &place) {
+    long long count = 0;
+    for (const deck::Scope &scope : account.deck.scopes) {
+        if (scope.card == -1 || PlaceOf(account, scope.card).file != place.file ||
+            PlaceOf(account, scope.card).line != place.line) {
+            continue;
+        }
+        for (const deck::ElementSection &section : scope.elements.sections) {
+            const bool held = account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+            count += held && section.file == 0 ? static_cast<long long>(section.count) : 0;
+        }
+    }
+    return count;
+}
+
 // What the deck itself has to say becomes part of the report. Without a file that it needs, what is missing in the rest
 // says nothing.
 void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findings) {
@@ -78,8 +97,13 @@ void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findin
             continue;
         }
         account->findings.push_back(FromDeck(finding));
-        if (isTwice(finding) && !judge->Judge(finding.place.line, &account->findings.back().code)) {
+        if (isTwice(finding) && !judge->Judge(finding, &account->findings.back().code)) {
             account->findings.pop_back();
+        }
+        const long long held = finding.code == deck::Code::partUnused ? CountHeld(*account, finding.place) : 0;
+        if (held > 0) {
+            account->findings.back().code = Code::partHeld;
+            account->findings.back().count = held;
         }
     }
 }

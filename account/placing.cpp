@@ -1,5 +1,6 @@
 // What the reader passes over on the way from rows to a mesh: included files, generators, instances.
 #include "account/account.h"
+#include "account/records.h"
 
 #include <algorithm>
 
@@ -60,6 +61,8 @@ bool IsGenerator(Keyword keyword, Code *code) {
     }
 }
 
+constexpr int kNoInstance = -1; // Numbered::placed of what stands in a part without instance
+
 struct Numbered {
     int number;
     int placed;
@@ -81,9 +84,11 @@ std::vector<Clash> FindClashes(std::vector<Numbered> *numbers, std::size_t nPlac
         const Numbered &a = (*numbers)[i - 1];
         const Numbered &b = (*numbers)[i];
         if (a.number == b.number && a.placed != b.placed) {
-            Clash &clash = clashes[static_cast<std::size_t>(b.placed)];
-            clash.with = clash.with == -1 ? a.placed : clash.with;
-            ++clash.count;
+            if (a.placed != kNoInstance) { // else the part without instance is what is told
+                Clash &clash = clashes[static_cast<std::size_t>(b.placed)];
+                clash.with = clash.with == -1 ? a.placed : clash.with;
+                ++clash.count;
+            }
             if (clashing->empty() || clashing->back() != a.number) {
                 clashing->push_back(a.number);
             }
@@ -104,10 +109,48 @@ deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed) {
     return card >= 0 ? PlaceOf(account, card) : PlaceOfLine(1);
 }
 
+// The numbers that the reader holds of a section in a part without instance.
+template <class Record, class Sections>
+void AddNumbers(const Account &account, const ByLine<Record> &records, const Sections &sections,
+                std::vector<Numbered> *numbers) {
+    for (const auto &section : sections) {
+        const CardUse &use = account.cards[static_cast<std::size_t>(section.card)];
+        const Record *record =
+            use.state == CardState::held && !section.continued ? records.Find(use.readLine) : nullptr;
+        for (int i = 0; record != nullptr && i < record->count; ++i) {
+            numbers->push_back({record->i1GID[i], kNoInstance});
+        }
+    }
+}
+
+void AddNumbersWithoutInstance(const Account &account, std::vector<Numbered> *nodes, std::vector<Numbered> *elements) {
+    std::vector<char> isPlaced(account.deck.scopes.size(), 0);
+    for (const deck::Placed &placed : account.mesh.placed) {
+        for (const int scope : {placed.part, placed.own}) {
+            if (scope >= 0) {
+                isPlaced[static_cast<std::size_t>(scope)] = 1;
+            }
+        }
+    }
+    const ByLine<ABQNodeBlock> nodeBlocks(ABQDeck()->nodeBlocks);
+    const ByLine<ABQCellBlock> cellBlocks(ABQDeck()->cellBlocks);
+    for (std::size_t s = 1; s < isPlaced.size(); ++s) {
+        if (isPlaced[s] == 0) {
+            AddNumbers(account, nodeBlocks, account.deck.scopes[s].nodes.sections, nodes);
+            AddNumbers(account, cellBlocks, account.deck.scopes[s].elements.sections, elements);
+        }
+    }
+}
+
 void AccountClashes(Account *account) {
     const deck::Mesh &mesh = account->mesh;
     std::vector<Numbered> nodes;
     std::vector<Numbered> elements;
+    AddNumbersWithoutInstance(*account, &nodes, &elements);
+    const auto nHeld = std::count(account->placedHeld.begin(), account->placedHeld.end(), 1);
+    if (nHeld <= 1 && nodes.empty() && elements.empty()) {
+        return;
+    }
     for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
         const deck::Placed &placed = mesh.placed[p];
         if (account->placedHeld[p] == 0) {

@@ -155,8 +155,8 @@ void AccountNodeSets(Account *account) {
     }
 }
 
-// Names of element sets that rows of surfaces, other sets or groups make use of.
-std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope) {
+// Names of element sets that rows of surfaces, other sets, groups or sections make use of.
+std::set<std::string> UsedNames(const deck::Scope &scope) {
     std::set<std::string> used(scope.surfaces.names.begin(), scope.surfaces.names.end());
     used.insert(scope.elementSets.names.begin(), scope.elementSets.names.end());
     for (const deck::ElementSection &section : scope.elements.sections) {
@@ -165,7 +165,9 @@ std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope
     for (const SetSection &section : scope.nodeSets.sections) {
         used.insert(section.sourceName);
     }
-    static_cast<void>(account);
+    for (const deck::Assignment &assignment : scope.assignments) {
+        used.insert(assignment.elset);
+    }
     return used;
 }
 
@@ -180,8 +182,8 @@ void AccountElementSets(Account *account) {
         const deck::Place place = PlaceOf(*account, held.cards.front());
         const int scope = set.origins.front().scope;
         if (usedOf.count(scope) == 0) {
-            usedOf[scope] = UsedNames(*account, account->deck.scopes[static_cast<std::size_t>(scope)]);
-            const std::set<std::string> ofRoot = UsedNames(*account, account->deck.scopes[0]);
+            usedOf[scope] = UsedNames(account->deck.scopes[static_cast<std::size_t>(scope)]);
+            const std::set<std::string> ofRoot = UsedNames(account->deck.scopes[0]);
             for (const std::string &name : ofRoot) {
                 usedOf[scope].insert(name.substr(name.find('.') + 1));
             }
