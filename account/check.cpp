@@ -131,6 +131,12 @@ void NoteRepeatedNodes(Account *account) {
     std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
 }
 
+// What a file that is passed over as a whole says of itself counts all the same.
+bool IsOfFile(Code code) {
+    return code == Code::includeMissing || code == Code::includeCycle || code == Code::includeEncrypted ||
+           code == Code::includeElsewhere || code == Code::unreadable;
+}
+
 // Leaves out what only follows: of two findings about a row the one that tells more stays.
 void DropFollowing(Account *account) {
     std::vector<int> toldLines; // of findings that say that a row or a section is lost
@@ -143,6 +149,9 @@ void DropFollowing(Account *account) {
     }
     std::sort(toldLines.begin(), toldLines.end());
     const auto follows = [&](const Finding &finding) {
+        if (finding.place.file > 0 && account->passedOver[static_cast<std::size_t>(finding.place.file)] != 0) {
+            return !IsOfFile(finding.code);
+        }
         const int line = finding.place.line;
         const bool told = finding.place.file == 0 && std::binary_search(toldLines.begin(), toldLines.end(), line);
         switch (finding.code) {

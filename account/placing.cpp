@@ -182,8 +182,11 @@ void AccountClashes(Account *account) {
 void AccountFiles(Account *account) {
     const deck::Deck &deck = account->deck;
     const std::vector<char> holds = FilesWithMesh(deck);
+    account->passedOver.assign(deck.files.size(), 0);
     for (std::size_t f = 1; f < deck.files.size(); ++f) {
-        if (deck.files[f].includedFrom != 0 || holds[f] == 0) {
+        const int from = deck.files[f].includedFrom;
+        account->passedOver[f] = from == 0 ? holds[f] : account->passedOver[static_cast<std::size_t>(from)];
+        if (from != 0 || holds[f] == 0) {
             continue;
         }
         for (const deck::Card &card : deck.cards) {
