@@ -53,9 +53,9 @@ const Section *SectionInHand() {
 // From the records to the store.
 void HandOver() {
     COM_ArchnDim(ABQDeck()->nDim);
-    ABQ2COM_Node();
+    ABQArchNodes();
     ABQ2COM_Cell();
-    ABQ2COM_Groups();
+    ABQArchGroups();
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 #include "abaqus/abqrecord.h"
 #include "abaqus/abqrows.h"
 
-#include "store/sys.h"
+#include "store/families.h"
 
 #include <cstdio>
 #include <cstring>
@@ -17,28 +17,42 @@ constexpr const char *kRefused[] = {"FILE", "INPUT", "OFFSET", "SOLIDELEMENTNUMB
 struct ElementType {
     const char *name; // value of TYPE
     int type;         // type code of the store
-    int nNodes;
 };
 
 // clang-format off
 constexpr ElementType kElementTypes[] = {
-    {"C3D4",   kTET4,  4},
-    {"C3D10",  kTETX, 10},
-    {"CPE3",   kTRI3,  3},
-    {"CPS3",   kTRI3,  3},
-    {"STRI3",  kTRI3,  3},
-    {"CPE6",   kTRI6,  6},
-    {"CPS6",   kTRI6,  6},
-    {"STRI65", kTRI6,  6},
+    {"C3D4",   kTET4},
+    {"C3D10",  kTETX},
+    {"CPE3",   kTRI3},
+    {"CPS3",   kTRI3},
+    {"STRI3",  kTRI3},
+    {"CPE6",   kTRI6},
+    {"CPS6",   kTRI6},
+    {"STRI65", kTRI6},
 };
 // clang-format on
 
-constexpr int kMostNumbers = kMostColumns; // element number and up to ten nodes
+constexpr bool AllCanBeRead() {
+    for (const ElementType &known : kElementTypes) {
+        bool found = false;
+        for (const ElementFamily &family : kFamilies) {
+            found = found || (family.type == known.type && family.deck.bKnown);
+        }
+        if (!found) {
+            return false;
+        }
+    }
+    return true;
+}
 
-const ElementType *FindElementType(const char *name) {
+static_assert(AllCanBeRead(), "a type of the deck belongs to a family without the deck's order");
+
+constexpr int kMostNumbers = 1 + kMostNodes; // an element's number and its nodes
+
+const ElementFamily *FindFamily(const char *name) {
     for (const ElementType &known : kElementTypes) {
         if (std::strcmp(known.name, name) == 0) {
-            return &known;
+            return FamilyOf(known.type);
         }
     }
     return nullptr;
@@ -83,14 +97,14 @@ void ReadRows(LineSource *stream, int nNodes, ABQColumns *rows) {
     }
 }
 
-// The type named on the keyword line, or null after reporting that there is none such.
-const ElementType *ParseType(char *name) {
+// The family of the type named on the keyword line, or null after reporting that there is none such.
+const ElementFamily *ParseType(char *name) {
     ABQParseLabel(name, "TYPE");
-    const ElementType *type = FindElementType(name);
-    if (type == nullptr) {
+    const ElementFamily *family = FindFamily(name);
+    if (family == nullptr) {
         ReportUnrecognized(name);
     }
-    return type;
+    return family;
 }
 
 } // namespace
@@ -102,26 +116,26 @@ void ReadCells(LineSource *stream, ABQCellBlock **list) {
         std::printf("  Warning> Cannot find ELSET name for Cells.\n");
     }
     std::printf("  Reading Elements %s ... ", block->name);
-    if (ABQRefuse(stream, kRefused, 4)) {
+    if (ABQRefuse(stream, kRefused)) {
         allocate(block, 0);
         return;
     }
     char typeName[kNameBuffer];
-    const ElementType *type = ParseType(typeName);
-    if (type == nullptr) {
+    const ElementFamily *family = ParseType(typeName);
+    if (family == nullptr) {
         ABQNextLine(stream);
         allocate(block, 0);
         return;
     }
     ABQColumns rows{};
-    ABQAddColumns(&rows, 1 + type->nNodes, sizeof(int));
-    ReadRows(stream, type->nNodes, &rows);
+    ABQAddColumns(&rows, 1 + family->nNodes, sizeof(int));
+    ReadRows(stream, family->nNodes, &rows);
     std::printf("done with %d %ss.\n", rows.count, typeName);
-    block->type = type->type;
+    block->type = family->type;
     block->tag = -1;
-    block->nNodes = type->nNodes;
+    block->nNodes = family->nNodes;
     block->count = block->capacity = rows.count;
     block->i1GID = static_cast<int *>(ABQTakeColumn(&rows, 0));
-    block->i2Conn = ABQTakeTable(&rows, 1, type->nNodes);
+    block->i2Conn = ABQTakeTable(&rows, 1, family->nNodes);
     ABQPush(list, block);
 }

@@ -6,8 +6,10 @@
 #ifndef KIVOM_ABAQUS_ABQCOLUMNS_H
 #define KIVOM_ABAQUS_ABQCOLUMNS_H
 
-// A 10-node element has 11 numbers, the widest row there is.
-constexpr int kMostColumns = 11;
+#include "store/families.h"
+
+// An element's number and its nodes: the widest row there is.
+constexpr int kMostColumns = 1 + kMostNodes;
 
 struct ABQColumn {
     char *data;

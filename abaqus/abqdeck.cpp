@@ -1,9 +1,10 @@
 // The deck in hand: making and releasing its records, and what to do when it cannot be read.
 #include "abaqus/abqdeck.h"
 
+#include "abaqus/abqcolumns.h"
 #include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
 #include "support/lines.h"
 
 #include <cstdio>
@@ -55,7 +56,8 @@ void ABQRequireReadable(const LineSource *stream) {
 }
 
 int ABQNumFaces(int type) {
-    return type == kTRI3 || type == kTRI6 ? 3 : 4;
+    const ElementFamily *family = FamilyOf(type);
+    return family == nullptr ? 0 : family->faces.slots.nRows;
 }
 
 void ABQReleaseNodeColumns(ABQNodeBlock *block) {
@@ -77,6 +79,7 @@ void ABQReleaseCellColumns(ABQCellBlock *block) {
 }
 
 void ABQReleaseDeck() {
+    ABQReleaseSpareColumns();
     ReleaseList(&deck->nodeBlocks, ABQReleaseNodeColumns);
     ReleaseList(&deck->cellBlocks, ABQReleaseCellColumns);
     const auto releaseSet = [](ABQSet *set) { set->numbers = AllocINT1D(set->numbers, 0); };

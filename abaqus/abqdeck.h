@@ -149,8 +149,8 @@ void ABQ_SetCellFaceTagByGID();
 // Handing over to the store (abqhandover.cpp).
 void ABQ_AssignSystDim();
 void ABQ_AssignCellMap();
-void ABQ2COM_Node();   // every node; releases the node blocks' columns as it goes
-void ABQ2COM_Cell();   // every cell; releases the cell blocks' columns as it goes
-void ABQ2COM_Groups(); // one node group, face group, cell group for each node set, surface, cell block
+void ABQArchNodes();  // every node; releases the node blocks' columns as it goes
+void ABQ2COM_Cell();  // every cell; releases the cell blocks' columns as it goes
+void ABQArchGroups(); // one node group, face group, cell group for each node set, surface, cell block
 
 #endif

@@ -4,6 +4,7 @@
 #include "support/frame.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace {
 
@@ -37,7 +38,7 @@ void MergeBlocks(ABQFinder *finder) {
     for (int i = 0; i < finder->nBlocks; ++i) {
         n += finder->counts[i];
     }
-    if (n > 0x7fffffff) {
+    if (n > INT_MAX) {
         EndForTooMany();
     }
     struct Entry {

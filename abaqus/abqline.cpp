@@ -132,14 +132,13 @@ bool AppendPhysicalLine(LineSource *stream, bool *empty) {
     return true;
 }
 
-// The place behind the first `name` that is followed by "=", or null.
+// The place behind the first `name` that is followed by "=", or null. An empty name stands everywhere, also at the end.
 const char *BehindKey(const char *text, const char *name) {
     const std::size_t length = std::strlen(name);
-    while ((text = std::strstr(text, name)) != nullptr) {
+    for (; (text = std::strstr(text, name)) != nullptr && *text != '\0'; ++text) {
         if (text[length] == '=') {
             return text + length + 1;
         }
-        ++text;
     }
     return nullptr;
 }

@@ -12,7 +12,8 @@ constexpr int kLineBuffer = 5120;
 constexpr int kLineLength = kLineBuffer - 1;
 
 // Cleans the line in place: cuts it at the first "**", drops blanks, control characters, ";", "\" and all
-// bytes above "~", turns lower case into upper case. Returns the new length.
+// bytes above "~", turns lower case into upper case. Returns the new length. No run calls it: the lines of a deck are
+// cleaned on their way into the buffer.
 int ABQCompressLine(char *line);
 
 // The line in hand, terminated, at the same place at every call. Writable: the scanning functions blank separators
@@ -46,6 +47,10 @@ int ABQParseLabel(char *value, const char *name);
 // True when one of the words stands anywhere on the line in hand: the first found is reported, and the next
 // line becomes the line in hand. The words of each section are listed beside its reader.
 bool ABQRefuse(LineSource *stream, const char *const *words, int nWords);
+
+template <std::size_t nWords> bool ABQRefuse(LineSource *stream, const char *const (&words)[nWords]) {
+    return ABQRefuse(stream, words, static_cast<int>(nWords));
+}
 
 // True when the line in hand begins a keyword line.
 inline bool ABQAtKeyword() {

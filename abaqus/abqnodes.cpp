@@ -63,7 +63,7 @@ void ReadNodes(LineSource *stream, ABQNodeBlock **list) {
     block->nLine = ABQLineNumber();
     ABQParseLabel(block->name, "NSET");
     std::printf("  Reading Nodes %s ... ", block->name);
-    if (ABQRefuse(stream, kRefused, 2)) {
+    if (ABQRefuse(stream, kRefused)) {
         allocate(block, 0);
         return;
     }

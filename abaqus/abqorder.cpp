@@ -1,9 +1,9 @@
 // Putting the deck in order: rows by number inside each block, blocks by their first number, numbers inside sets.
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqexchange.h"
-#include "abaqus/abqrecord.h"
 
-#include "support/frame.h"
+#include "store/sys.h"
+#include "support/lists.h"
 
 #include <utility>
 
@@ -27,8 +27,8 @@ template <class Block> void ArrangeBlocks(Block **blocks, int n, int *order, voi
 // The blocks of the list by their first number. An empty block has none: it is never exchanged with another and
 // keeps its place, while the others order around it.
 template <class Block> void OrderBlocks(Block *list, void (*swap)(Block *, Block *)) {
-    Block **blocks = ABQListArray(list);
-    const int nAll = ABQListLength(list);
+    Block **blocks = ListArray(list);
+    const int nAll = ListLength(list);
     int n = 0;
     for (int i = 0; i < nAll; ++i) {
         if (blocks[i]->count > 0) {
@@ -63,21 +63,7 @@ template <class Block> void SwapContents(Block *a, Block *b) {
 } // namespace
 
 void ABQ_SortNodesByGID(int count, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
-    if (count < 2) {
-        return;
-    }
-    auto *order = NewArray<int>(count);
-    if (OrderRows(count, i1GID, order)) {
-        auto *spare = NewArray<double>(count);
-        if (i1Tag != nullptr) {
-            ReorderINT(count, i1Tag, order, reinterpret_cast<int *>(spare));
-        }
-        ReorderDBL(count, d1X, order, spare);
-        ReorderDBL(count, d1Y, order, spare);
-        ReorderDBL(count, d1Z, order, spare);
-        AllocDBL1D(spare, 0);
-    }
-    AllocINT1D(order, 0);
+    OrderNodes(count, i1GID, i1Tag, d1X, d1Y, d1Z);
 }
 
 void ABQ_SortCellsByGID(int count, int nNodes, int *i1GID, int *i1Tag, int **i2Conn, int **i2FaceTag) {

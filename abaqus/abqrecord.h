@@ -1,4 +1,4 @@
-// Making and listing the reader's records.
+// Making the reader's records.
 #ifndef KIVOM_ABAQUS_ABQRECORD_H
 #define KIVOM_ABAQUS_ABQRECORD_H
 
@@ -15,25 +15,6 @@ template <class Record> Record *ABQNewRecord() {
 template <class Record> void ABQPush(Record **list, Record *record) {
     record->next = *list;
     *list = record;
-}
-
-// Number of records in the list.
-template <class Record> int ABQListLength(const Record *list) {
-    int n = 0;
-    for (; list != nullptr; list = list->next) {
-        ++n;
-    }
-    return n;
-}
-
-// The records of the list as an array in list order, [ABQListLength]; null for an empty list. The caller releases it.
-template <class Record> Record **ABQListArray(Record *list) {
-    const int n = ABQListLength(list);
-    auto **array = NewArray<Record *>(n);
-    for (int i = 0; i < n; ++i, list = list->next) {
-        array[i] = list;
-    }
-    return array;
 }
 
 #endif

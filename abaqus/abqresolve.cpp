@@ -5,9 +5,9 @@
 // face, the one read first wins.
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqfind.h"
-#include "abaqus/abqrecord.h"
 
-#include "store/sys.h"
+#include "store/families.h"
+#include "support/lists.h"
 
 #include <algorithm>
 #include <climits>
@@ -43,12 +43,10 @@ void ClearNodeTags(ABQNodeBlock *blocks) {
     }
 }
 
-constexpr int kMostFaces = 4;
-
 // Results of applying an element set with one face row: how many of its elements were found but have no such
 // face. Each of them is reported anew whenever a surface names set and row again.
 constexpr int kNotApplied = -1;
-constexpr int kRowKinds = kMostFaces + 1; // rows 0 to 3, and all others, which no element has
+constexpr int kRowKinds = kMostFaces + 1; // rows that an element can have, and all others, which no element has
 
 struct AppliedSet {
     int misses[kRowKinds];
@@ -67,8 +65,8 @@ bool HasSmallerName(const ABQSet *a, const char *name) {
 }
 
 void SortSetsByName(FaceTagger *tagger, ABQSet *list) {
-    tagger->nSets = ABQListLength(list);
-    tagger->sets = ABQListArray(list);
+    tagger->nSets = ListLength(list);
+    tagger->sets = ListArray(list);
     // The list position decides among equal names; std::sort keeps no order by itself, and std::stable_sort
     // takes memory of its own.
     for (int i = 0; i < tagger->nSets; ++i) {
@@ -161,9 +159,9 @@ void ABQNumberRecords() {
 
 void ABQTagNodes() {
     ClearNodeTags(ABQDeck()->nodeBlocks);
-    ABQNodeBlock **blocks = ABQListArray(ABQDeck()->nodeBlocks);
+    ABQNodeBlock **blocks = ListArray(ABQDeck()->nodeBlocks);
     ABQFinder nodes;
-    BuildBlockFinder(&nodes, blocks, ABQListLength(ABQDeck()->nodeBlocks));
+    BuildBlockFinder(&nodes, blocks, ListLength(ABQDeck()->nodeBlocks));
     for (const ABQSet *set = ABQDeck()->nodeSets; set != nullptr; set = set->next) {
         for (int i = 0; i < set->count; ++i) {
             const ABQPlace place = ABQFind(&nodes, set->numbers[i]);
@@ -183,11 +181,11 @@ void ABQ_SetCellFaceTagByGID() {
         return;
     }
     FaceTagger tagger{};
-    tagger.blocks = ABQListArray(ABQDeck()->cellBlocks);
-    BuildBlockFinder(&tagger.elements, tagger.blocks, ABQListLength(ABQDeck()->cellBlocks));
+    tagger.blocks = ListArray(ABQDeck()->cellBlocks);
+    BuildBlockFinder(&tagger.elements, tagger.blocks, ListLength(ABQDeck()->cellBlocks));
     SortSetsByName(&tagger, ABQDeck()->cellSets);
-    const int nSurfaces = ABQListLength(ABQDeck()->surfaces);
-    ABQSurface **surfaces = ABQListArray(ABQDeck()->surfaces);
+    const int nSurfaces = ListLength(ABQDeck()->surfaces);
+    ABQSurface **surfaces = ListArray(ABQDeck()->surfaces);
     for (int s = nSurfaces - 1; s >= 0; --s) {
         const char *entry = surfaces[s]->entryNames;
         for (int i = 0; i < surfaces[s]->count; ++i, entry += std::strlen(entry) + 1) {

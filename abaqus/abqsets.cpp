@@ -5,7 +5,6 @@
 #include "abaqus/abqrecord.h"
 #include "abaqus/abqrows.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -44,26 +43,22 @@ void ReadRows(LineSource *stream, ABQColumns *rows) {
     }
 }
 
-struct SetWords {
-    const char *parameter; // holds the name
-    const char *members;   // as the log calls them
-    const char *const *refused;
-    int nRefused;
-};
-
-void ReadSet(LineSource *stream, ABQSet **list, const SetWords &words) {
+// `parameter` holds the set's name; `members` is what the log calls its numbers.
+template <std::size_t nRefused>
+void ReadSet(LineSource *stream, ABQSet **list, const char *parameter, const char *members,
+             const char *const (&refused)[nRefused]) {
     auto *set = ABQNewRecord<ABQSet>();
     set->nLine = ABQLineNumber();
-    ABQParseLabel(set->name, words.parameter);
-    std::printf("  Reading %s %s ... ", words.parameter, set->name);
-    if (ABQRefuse(stream, words.refused, words.nRefused)) {
+    ABQParseLabel(set->name, parameter);
+    std::printf("  Reading %s %s ... ", parameter, set->name);
+    if (ABQRefuse(stream, refused)) {
         allocate(set, 0);
         return;
     }
     ABQColumns rows{};
     ABQAddColumns(&rows, 1, sizeof(int));
     ReadRows(stream, &rows);
-    std::printf("done with %d %s.\n", rows.count, words.members);
+    std::printf("done with %d %s.\n", rows.count, members);
     set->tag = -1;
     set->count = set->capacity = rows.count;
     set->numbers = static_cast<int *>(ABQTakeColumn(&rows, 0));
@@ -73,9 +68,9 @@ void ReadSet(LineSource *stream, ABQSet **list, const SetWords &words) {
 } // namespace
 
 void ReadNodeSets(LineSource *stream, ABQSet **list) {
-    ReadSet(stream, list, {"NSET", "nodes", kRefusedNodeSet, 5});
+    ReadSet(stream, list, "NSET", "nodes", kRefusedNodeSet);
 }
 
 void ReadCellSets(LineSource *stream, ABQSet **list) {
-    ReadSet(stream, list, {"ELSET", "cells", kRefusedCellSet, 4});
+    ReadSet(stream, list, "ELSET", "cells", kRefusedCellSet);
 }

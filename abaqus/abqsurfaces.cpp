@@ -16,7 +16,6 @@ constexpr const char *kRefused[] = {
     "TRIM", "MAXRATIO", "NOOFFSET", "NOTHICK", "SCALETHICK",
 };
 // clang-format on
-constexpr int kRefusedCount = sizeof kRefused / sizeof kRefused[0];
 
 // True when the keyword line names another type than ELEMENT: reported, and the next line is in hand.
 bool RefuseType(LineSource *stream) {
@@ -80,7 +79,7 @@ void ReadSurfaces(LineSource *stream, ABQSurface **list) {
     surface->nLine = ABQLineNumber();
     ABQParseLabel(surface->name, "NAME");
     std::printf("  Reading Surface %s ... ", surface->name);
-    if (ABQRefuse(stream, kRefused, kRefusedCount) || RefuseType(stream)) {
+    if (ABQRefuse(stream, kRefused) || RefuseType(stream)) {
         allocate(surface, 0);
         return;
     }

@@ -435,6 +435,9 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
         readKeys.push_back(KeyOf(name, surface.faceRows[i]));
     }
     Teller teller(account, card);
+    if (meantKeys.size() < readKeys.size() && teller.NextIsUnseen()) {
+        teller.Flaw(); // its rows have come to this surface
+    }
     if (meantKeys.size() <= readKeys.size()) {
         return; // whether each names what it should shows in the faces
     }

@@ -1,4 +1,6 @@
-// The program: one job from start to end, and its log.
+// One job from start to end, and its log.
+#include "driver/KIVOm.h"
+
 #include "abaqus/LoadABQ.h"
 #include "output/DumpKIVO.h"
 #include "output/DumpVTK.h"
@@ -10,10 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace {
-
 int NumArguments = 0;
 char **c1Arguments = nullptr;
+
+namespace {
 
 constexpr int kBannerRows = 12; // eleven of the picture, one with the title
 constexpr int kBannerRoom = 64;
@@ -35,14 +37,6 @@ constexpr char kBanner[kBannerRows][kBannerRoom] = {
 };
 // clang-format on
 
-void ShowLogKIVOM(FILE *stream) {
-    std::fprintf(stream, "\n");
-    for (const char *row : kBanner) {
-        std::fprintf(stream, "%s\n", row);
-    }
-    std::fprintf(stream, "\n");
-}
-
 // The first argument that does not begin with "-", cut to 256 characters; empty when there is none.
 void NameFromArguments(char *name) {
     name[0] = '\0';
@@ -61,17 +55,6 @@ void NameFromPrompt(char *name) {
     if (std::scanf("%256s", name) != 1) {
         name[0] = '\0';
     }
-}
-
-void LoadAll() {
-    char name[kNameBuffer];
-    NameFromArguments(name);
-    if (name[0] == '\0') {
-        NameFromPrompt(name);
-    }
-    const double start = ProcessorSeconds();
-    LoadABQ(name);
-    std::printf("Elapsed Time: %f sec.\n", ProcessorSeconds() - start);
 }
 
 bool WantsVTK() {
@@ -93,8 +76,10 @@ void DumpAll() {
     std::printf("\nElapsed Time: %f sec.\n", ProcessorSeconds() - start);
 }
 
-// Exit status of a run that has come to its end: 0, or 1 when a file or the log could not be written whole.
+// Exit status of a run that has come to its end: 0, or 1 when a file or the log could not be written whole, or when
+// contents of the memory were lost.
 int ExitStatus() {
+    EndIfContentsLost();
     if (std::ferror(stdout) != 0) {
         std::fprintf(stderr, "KIVOm: cannot write the log\n");
         return EXIT_FAILURE;
@@ -104,7 +89,26 @@ int ExitStatus() {
 
 } // namespace
 
-int main(int argc, char **argv) {
+void ShowLogKIVOM(FILE *stream) {
+    std::fprintf(stream, "\n");
+    for (const char *row : kBanner) {
+        std::fprintf(stream, "%s\n", row);
+    }
+    std::fprintf(stream, "\n");
+}
+
+void LoadAll() {
+    char name[kNameBuffer];
+    NameFromArguments(name);
+    if (name[0] == '\0') {
+        NameFromPrompt(name);
+    }
+    const double start = ProcessorSeconds();
+    LoadABQ(name);
+    std::printf("Elapsed Time: %f sec.\n", ProcessorSeconds() - start);
+}
+
+int RunKIVOM(int argc, char **argv) {
     NumArguments = argc;
     c1Arguments = argv;
     SystemPrepare();

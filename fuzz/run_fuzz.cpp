@@ -78,6 +78,7 @@ Result Run(const std::string &deck, bool bVTK, const Variant &variant) {
         DumpVTK();
     }
     FreeCOM();
+    ForgetColumnCounts();
     stdout = terminal;
     std::fclose(stream);
     Result result{MaskTimes(log, size), system->files};

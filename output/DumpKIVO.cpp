@@ -6,6 +6,7 @@
 #include "output/textout.h"
 
 #include "store/COM.h"
+#include "store/families.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -48,10 +49,13 @@ void PutCloseNamed(TextOut *out, const char *tag, const char *name) {
     PutText(out, "\n");
 }
 
+constexpr char kKeyBefore[] = "    ";
+constexpr char kKeyBehind[] = " = ";
+
 void PutKey(TextOut *out, const char *key) {
-    PutText(out, "    ");
+    PutText(out, kKeyBefore);
     PutText(out, key);
-    PutText(out, " = ");
+    PutText(out, kKeyBehind);
 }
 
 void PutTextValue(TextOut *out, const char *key, const char *value) {
@@ -75,8 +79,12 @@ void PutRealValue(TextOut *out, const char *key, double value) {
 }
 
 void PutListKey(TextOut *out, const char *key) {
-    PutKey(out, key);
-    PutText(out, "\n");
+    PutTextValue(out, key, "");
+}
+
+// Length of the line that PutListKey puts.
+std::int64_t ListKeyLength(const char *key) {
+    return static_cast<std::int64_t>(std::strlen(kKeyBefore) + std::strlen(key) + std::strlen(kKeyBehind) + 1);
 }
 
 // Lists ------------------------------------------------------------------------------------------------
@@ -145,33 +153,35 @@ void PutDimension(TextOut *out, const Mesh *mesh) {
     PutCloseTag(out, "Dimension");
 }
 
-constexpr std::int64_t PositionRowLength(int nDim) {
-    return 8 + 10 + 24 * nDim + 1;
+// The row of node i; the place behind it.
+char *PositionRow(char *at, const Mesh *mesh, int i) {
+    const Nodes *nodes = mesh->Nodes;
+    at = FieldBytes(at, "        ", 8);
+    at = FieldInt10(at, i);
+    at = FieldReal24(at, nodes->d1X[i]);
+    at = FieldReal24(at, nodes->d1Y[i]);
+    if (mesh->nDim == 3) {
+        at = FieldReal24(at, nodes->d1Z[i]);
+    }
+    return FieldBytes(at, "\n", 1);
 }
 
 void PutPositionRows(TextOut *out, const Mesh *mesh) {
-    const Nodes *nodes = mesh->Nodes;
-    for (int i = 0; i < nodes->nNum; ++i) {
-        char *at = FieldBytes(RowBegin(out), "        ", 8);
-        at = FieldInt10(at, i);
-        at = FieldReal24(at, nodes->d1X[i]);
-        at = FieldReal24(at, nodes->d1Y[i]);
-        if (mesh->nDim == 3) {
-            at = FieldReal24(at, nodes->d1Z[i]);
-        }
-        RowEnd(out, FieldBytes(at, "\n", 1));
+    for (int i = 0; i < mesh->Nodes->nNum; ++i) {
+        RowEnd(out, PositionRow(RowBegin(out), mesh, i));
     }
 }
 
-// Length of the line that PutListKey puts.
-std::int64_t ListKeyLength(const char *key) {
-    return static_cast<std::int64_t>(4 + std::strlen(key) + 3 + 1);
+// Bytes of all rows: they are as long as the first.
+std::int64_t PositionRowsLength(const Mesh *mesh) {
+    char row[5 * kMostField];
+    return mesh->Nodes->nNum == 0 ? 0 : (PositionRow(row, mesh, 0) - row) * std::int64_t{mesh->Nodes->nNum};
 }
 
-// The three lists hold the same rows, all of one length: where the file allows it, the rows are made once and
-// written to all three places.
+// The three lists hold the same rows: where the file allows it, the rows are made once and written to all three places.
+// Each list must then begin where its copy was put: RequirePosition ends the program otherwise.
 void PutPositions(TextOut *out, const Mesh *mesh) {
-    constexpr const char *kKeys[3] = {"Current_Positions", "Previous_Positions", "Initial_Positions"};
+    constexpr const char *kKeys[1 + kMostCopies] = {"Current_Positions", "Previous_Positions", "Initial_Positions"};
     if (!CanCopy(out)) {
         for (const char *key : kKeys) {
             PutListKey(out, key);
@@ -179,17 +189,19 @@ void PutPositions(TextOut *out, const Mesh *mesh) {
         }
         return;
     }
-    const std::int64_t rows = PositionRowLength(mesh->nDim) * mesh->Nodes->nNum;
-    const std::int64_t second = rows + ListKeyLength(kKeys[1]);
-    const std::int64_t distances[2] = {second, second + rows + ListKeyLength(kKeys[2])};
     PutListKey(out, kKeys[0]);
-    StartCopies(out, distances, 2);
+    const std::int64_t rows = PositionRowsLength(mesh);
+    const std::int64_t first = TextPosition(out);
+    const std::int64_t second = rows + ListKeyLength(kKeys[1]);
+    const std::int64_t distances[kMostCopies] = {second, second + rows + ListKeyLength(kKeys[2])};
+    StartCopies(out, distances, kMostCopies);
     PutPositionRows(out, mesh);
     StopCopies(out);
-    PutListKey(out, kKeys[1]);
-    SkipText(out, rows);
-    PutListKey(out, kKeys[2]);
-    SkipText(out, rows);
+    for (int i = 0; i < kMostCopies; ++i) {
+        PutListKey(out, kKeys[1 + i]);
+        RequirePosition(out, first + distances[i]);
+        SkipText(out, rows);
+    }
 }
 
 void PutNodeGeometry(TextOut *out, const Mesh *mesh) {
@@ -216,8 +228,8 @@ void PutFaces(TextOut *out, const Faces *faces) {
     PutCloseNamed(out, "Faces", "AllFaces");
 }
 
-// Nodes per cell and nodes that carry material points. Only triangles count in 2-D and tetrahedra otherwise; all
-// other families contribute nothing.
+// Nodes per cell and nodes that carry material points: those of the family with the most nodes among the cells that the
+// solver counts, which are of the mesh's own dimension (three unless it is two). All others contribute nothing.
 struct CellNodeCounts {
     int nNodes;
     int nMatNodes;
@@ -225,21 +237,20 @@ struct CellNodeCounts {
 
 CellNodeCounts CountCellNodes(const Mesh *mesh) {
     const Cells *cells = mesh->Cells;
-    const bool flat = mesh->nDim == 2;
-    const int linear = flat ? kTRI3 : kTET4;
-    const int quadratic = flat ? kTRI6 : kTETX;
-    bool anyLinear = false;
-    for (int c = 0; c < cells->nNum; ++c) {
-        const int type = cells->i1Type == nullptr ? 0 : cells->i1Type[c];
-        if (type == quadratic) {
-            return flat ? CellNodeCounts{6, 4} : CellNodeCounts{10, 8};
+    const int nDim = mesh->nDim == 2 ? 2 : 3;
+    CellNodeCounts most{0, 0};
+    int type = 0;
+    for (int c = 0; c < cells->nNum && cells->i1Type != nullptr; ++c) {
+        if (cells->i1Type[c] == type) {
+            continue;
         }
-        anyLinear = anyLinear || type == linear;
+        type = cells->i1Type[c];
+        const ElementFamily *family = FamilyOf(type);
+        if (family != nullptr && family->nMatNodes > 0 && family->nDim == nDim && family->nNodes > most.nNodes) {
+            most = {family->nNodes, family->nMatNodes};
+        }
     }
-    if (!anyLinear) {
-        return {0, 0};
-    }
-    return flat ? CellNodeCounts{3, 1} : CellNodeCounts{4, 1};
+    return most;
 }
 
 // The identity tensor for every cell. The formats of the two dimensions differ on purpose.
@@ -319,6 +330,41 @@ void PutMesh(TextOut *out, const Mesh *mesh) {
     PutGroups(out, mesh);
 }
 
+// Lists of several arrays ---------------------------------------------------------------------------------
+
+// Where their text goes.
+struct ToText {
+    TextOut *out;
+    void operator()(const char *bytes, std::size_t size) const {
+        PutBytes(out, bytes, size);
+    }
+};
+
+struct ToStream {
+    std::FILE *stream;
+    void operator()(const char *bytes, std::size_t size) const {
+        std::fwrite(bytes, 1, size, stream);
+    }
+};
+
+template <std::size_t kArrays, class Put>
+void PutArrays(const char *name, int n, const int *const (&arrays)[kArrays], Put put) {
+    for (const char *part : {kKeyBefore, name, kKeyBehind, "\n"}) {
+        put(part, std::strlen(part));
+    }
+    for (int i = 0; i < n; ++i) {
+        char row[8 + (2 + kArrays) * kMostField + 1];
+        char *at = FieldBytes(row, "        ", 8);
+        at = FieldInt10(at, i);
+        at = FieldInt10(at, static_cast<int>(kArrays));
+        for (const int *array : arrays) {
+            at = FieldInt10(at, array[i]);
+        }
+        at = FieldBytes(at, "\n", 1);
+        put(row, static_cast<std::size_t>(at - row));
+    }
+}
+
 } // namespace
 
 void DumpKIVO() {
@@ -340,23 +386,17 @@ bool AnyDumpFailed() {
 }
 
 void Output_INTArray2D(TextOut *stream, const char *name, int n, const int *a, const int *b) {
-    PutListKey(stream, name);
-    for (int i = 0; i < n; ++i) {
-        char *at = FieldBytes(RowBegin(stream), "        ", 8);
-        for (const int value : {i, 2, a[i], b[i]}) {
-            at = FieldInt10(at, value);
-        }
-        RowEnd(stream, FieldBytes(at, "\n", 1));
-    }
+    PutArrays<2>(name, n, {a, b}, ToText{stream});
+}
+
+void Output_INTArray2D(std::FILE *stream, const char *name, int n, const int *a, const int *b) {
+    PutArrays<2>(name, n, {a, b}, ToStream{stream});
 }
 
 void Output_INTArray3D(TextOut *stream, const char *name, int n, const int *a, const int *b, const int *c) {
-    PutListKey(stream, name);
-    for (int i = 0; i < n; ++i) {
-        char *at = FieldBytes(RowBegin(stream), "        ", 8);
-        for (const int value : {i, 3, a[i], b[i], c[i]}) {
-            at = FieldInt10(at, value);
-        }
-        RowEnd(stream, FieldBytes(at, "\n", 1));
-    }
+    PutArrays<3>(name, n, {a, b, c}, ToText{stream});
+}
+
+void Output_INTArray3D(std::FILE *stream, const char *name, int n, const int *a, const int *b, const int *c) {
+    PutArrays<3>(name, n, {a, b, c}, ToStream{stream});
 }

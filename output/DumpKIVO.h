@@ -2,6 +2,8 @@
 #ifndef KIVOM_OUTPUT_DUMPKIVO_H
 #define KIVOM_OUTPUT_DUMPKIVO_H
 
+#include <cstdio>
+
 struct TextOut; // output/textout.h
 
 // Writes the mesh to "mesh.input" in the current directory and reports it on standard output. Without a mesh the
@@ -12,9 +14,11 @@ void DumpKIVO();
 // True once a file of either writer could not be written whole.
 bool AnyDumpFailed();
 
-// Lists of rows of their own: name line, then for i = 0..n-1 the position i, the count 2 or 3, and the entries i
-// of the arrays of n ints.
+// No run calls these: they are part of the interface. Lists of rows of their own: name line, then for i = 0..n-1 the
+// position i, the count 2 or 3, and the entries i of the arrays of n ints.
 void Output_INTArray2D(TextOut *stream, const char *name, int n, const int *a, const int *b);
+void Output_INTArray2D(std::FILE *stream, const char *name, int n, const int *a, const int *b);
 void Output_INTArray3D(TextOut *stream, const char *name, int n, const int *a, const int *b, const int *c);
+void Output_INTArray3D(std::FILE *stream, const char *name, int n, const int *a, const int *b, const int *c);
 
 #endif

@@ -4,6 +4,8 @@
 #include "output/textout.h"
 
 #include "store/COM.h"
+#include "store/families.h"
+#include "store/tags.h"
 #include "support/frame.h"
 
 #include <algorithm>
@@ -12,58 +14,7 @@
 
 namespace {
 
-// Element families ---------------------------------------------------------------------------------------
-//
-// Node k of the VTK cell is store column map[k]. VTK wants the corners of a quadratic cell before its mid-side
-// nodes, the store has those of a triangle in turn. Rows that look like slips are decisions: the 7th node of a
-// TRI7 is not written, C2D6 turns both triangles of its wedge, C2DX is written as the wedge of its six corners,
-// C1D6 as a polygon.
-// clang-format off
-constexpr int i1MapCellTRI3[] = {0, 1, 2};
-constexpr int i1MapCellTRI6[] = {0, 2, 4, 1, 3, 5};
-constexpr int i1MapCellTET4[] = {0, 1, 2, 3};
-constexpr int i1MapCellTETX[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-constexpr int i1MapCellTRI7[] = {0, 2, 4, 1, 3, 5};
-constexpr int i1MapCellC1D6[] = {0, 1, 2, 3, 4, 5};
-constexpr int i1MapCellC1D4[] = {0, 1, 2, 3};
-constexpr int i1MapCellS1D2[] = {0, 1};
-constexpr int i1MapCellS2D3[] = {0, 1, 2};
-constexpr int i1MapCellS2D4[] = {0, 1, 2, 3};
-constexpr int i1MapCellC2D6[] = {0, 2, 1, 3, 5, 4};
-constexpr int i1MapCellC2D8[] = {0, 1, 2, 3, 4, 5, 6, 7};
-constexpr int i1MapCellC2DX[] = {0, 4, 2, 6, 10, 8};
-constexpr int i1MapCellQUA4[] = {0, 1, 2, 3};
-constexpr int i1MapCellHEX8[] = {0, 1, 2, 3, 4, 5, 6, 7};
-
-struct VTKFamily {
-    int code;     // type code of the store
-    int vtkType;
-    int nNodes;   // written
-    const int *map;
-};
-
-// ORDER: the codes of store/sys.h, and those of families that only other solvers' meshes have.
-constexpr VTKFamily kVTKFamilies[] = {
-    { 3,  5,  3, i1MapCellTRI3}, // triangle
-    { 4, 22,  6, i1MapCellTRI6}, // quadratic triangle
-    { 5, 10,  4, i1MapCellTET4}, // tetra
-    { 6, 24, 10, i1MapCellTETX}, // quadratic tetra
-    {19, 22,  6, i1MapCellTRI7}, // quadratic triangle
-    {20,  7,  6, i1MapCellC1D6}, // polygon
-    {22,  9,  4, i1MapCellC1D4}, // quad
-    {31,  3,  2, i1MapCellS1D2}, // line
-    {32,  5,  3, i1MapCellS2D3}, // triangle
-    {33,  9,  4, i1MapCellS2D4}, // quad
-    {36, 13,  6, i1MapCellC2D6}, // wedge
-    {37, 12,  8, i1MapCellC2D8}, // hexahedron
-    {38, 13,  6, i1MapCellC2DX}, // wedge
-    {52,  9,  4, i1MapCellQUA4}, // quad
-    {55, 12,  8, i1MapCellHEX8}, // hexahedron
-};
-// clang-format on
-
 // The families by type code. They are made for each file of cells or faces and released with it.
-constexpr int kCodes = 100;
 int *i1SizCellConn = nullptr;        // [kCodes] nodes written; 0 for a code without a family
 int *i1MapCellType = nullptr;        // [kCodes] VTK type; 0 likewise
 const int **i2MapCellConn = nullptr; // [kCodes] map
@@ -74,24 +25,24 @@ void InitVTK() {
         i1SizCellConn = AllocINT1D(nullptr, kCodes);
         RequireBlock(i1SizCellConn);
         std::fill_n(i1SizCellConn, kCodes, 0);
-        for (const VTKFamily &family : kVTKFamilies) {
-            i1SizCellConn[family.code] = family.nNodes;
+        for (const ElementFamily &family : kFamilies) {
+            i1SizCellConn[family.type] = family.vtk.nNodes;
         }
     }
     if (i1MapCellType == nullptr) {
         i1MapCellType = AllocINT1D(nullptr, kCodes);
         RequireBlock(i1MapCellType);
         std::fill_n(i1MapCellType, kCodes, 0);
-        for (const VTKFamily &family : kVTKFamilies) {
-            i1MapCellType[family.code] = family.vtkType;
+        for (const ElementFamily &family : kFamilies) {
+            i1MapCellType[family.type] = family.vtk.type;
         }
     }
     if (i2MapCellConn == nullptr) {
         i2MapCellConn = static_cast<const int **>(allocate(nullptr, kCodes * sizeof(int *)));
         RequireBlock(i2MapCellConn);
         std::fill_n(i2MapCellConn, kCodes, nullptr);
-        for (const VTKFamily &family : kVTKFamilies) {
-            i2MapCellConn[family.code] = family.map;
+        for (const ElementFamily &family : kFamilies) {
+            i2MapCellConn[family.type] = family.vtk.i1MapCell;
         }
     }
 }
@@ -238,68 +189,47 @@ void OutpVTK(const char *path, int nPoints, const int *nodeTag, const double *x,
     EndFile(&out);
 }
 
-// The nodes of each tag, in store order: those of tag t stand at nodes[start[p]] to nodes[start[p + 1] - 1] where
-// tags[p] is t. Made once, so that files of thousands of node groups do not look through all nodes each.
+// The nodes of each tag, in store order: those of tag t stand at nodes[start[p]] to nodes[start[p + 1] - 1] where p is
+// the tag's position. Made once, so that files of thousands of node groups do not look through all nodes each.
 struct NodesByTag {
-    int nTags;
-    int *tags;  // [nTags] of the node groups, ascending, each once
-    int *start; // [nTags + 1]
-    int *nodes; // all nodes that carry one of the tags
+    SortedTags tags; // of the node groups
+    int *start;      // [tags.n + 1]
+    int *nodes;      // all nodes that carry one of the tags
 };
-
-// Position of the tag, or -1.
-int FindTag(const NodesByTag &byTag, int tag) {
-    const int *end = byTag.tags + byTag.nTags;
-    const int *found = std::lower_bound(static_cast<const int *>(byTag.tags), end, tag);
-    return found != end && *found == tag ? static_cast<int>(found - byTag.tags) : -1;
-}
-
-void CollectTags(NodesByTag *byTag, const GRnode *groups) {
-    int n = 0;
-    for (const GRnode *group = groups; group != nullptr; group = group->next) {
-        ++n;
-    }
-    byTag->tags = NewArray<int>(n);
-    byTag->start = NewArray<int>(n + 1);
-    n = 0;
-    for (const GRnode *group = groups; group != nullptr; group = group->next) {
-        byTag->tags[n++] = group->iTag;
-    }
-    std::sort(byTag->tags, byTag->tags + n);
-    byTag->nTags = static_cast<int>(std::unique(byTag->tags, byTag->tags + n) - byTag->tags);
-}
 
 NodesByTag SortNodesByTag(const Mesh *mesh) {
     const Nodes *nodes = mesh->Nodes;
     NodesByTag byTag{};
-    CollectTags(&byTag, mesh->GRnode);
-    std::fill_n(byTag.start, byTag.nTags + 1, 0);
+    byTag.tags = TagsOfGroups(mesh->GRnode);
+    const int nTags = byTag.tags.n;
+    byTag.start = NewArray<int>(nTags + 1);
+    std::fill_n(byTag.start, nTags + 1, 0);
     for (int i = 0; i < nodes->nNum; ++i) {
-        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        const int p = FindTag(byTag.tags, nodes->i1Tag[i]);
         if (p != -1) {
             ++byTag.start[p + 1];
         }
     }
-    for (int p = 0; p < byTag.nTags; ++p) {
+    for (int p = 0; p < nTags; ++p) {
         byTag.start[p + 1] += byTag.start[p];
     }
-    const int total = byTag.start[byTag.nTags];
+    const int total = byTag.start[nTags];
     byTag.nodes = NewArray<int>(total);
     for (int i = nodes->nNum - 1; i >= 0; --i) { // from behind: start[p + 1] runs down to start[p]
-        const int p = FindTag(byTag, nodes->i1Tag[i]);
+        const int p = FindTag(byTag.tags, nodes->i1Tag[i]);
         if (p != -1) {
             byTag.nodes[--byTag.start[p + 1]] = i;
         }
     }
-    for (int p = 0; p < byTag.nTags; ++p) { // and now stands where list p begins: move all back by one place
+    for (int p = 0; p < nTags; ++p) { // and now stands where list p begins: move all back by one place
         byTag.start[p] = byTag.start[p + 1];
     }
-    byTag.start[byTag.nTags] = total;
+    byTag.start[nTags] = total;
     return byTag;
 }
 
 void ReleaseNodesByTag(NodesByTag *byTag) {
-    AllocINT1D(byTag->tags, 0);
+    AllocINT1D(byTag->tags.tags, 0);
     AllocINT1D(byTag->start, 0);
     AllocINT1D(byTag->nodes, 0);
 }
@@ -333,7 +263,7 @@ void DumpNodeSet(const Nodes *nodes, const NodesByTag &byTag, const GRnode *grou
     if (!BeginFile(&out, path)) {
         return;
     }
-    const int p = FindTag(byTag, group->iTag);
+    const int p = FindTag(byTag.tags, group->iTag);
     PutNodeSet(&out, nodes, byTag.nodes + byTag.start[p], byTag.start[p + 1] - byTag.start[p]);
     EndFile(&out);
 }

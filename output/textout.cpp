@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -112,5 +113,16 @@ void SkipText(TextOut *out, std::int64_t distance) {
         out->written += distance;
     } else {
         NoteFailure(out);
+    }
+}
+
+std::int64_t TextPosition(const TextOut *out) {
+    return out->written + static_cast<std::int64_t>(out->used);
+}
+
+void RequirePosition(const TextOut *out, std::int64_t position) {
+    if (out->reason == 0 && TextPosition(out) != position) {
+        std::fprintf(stderr, "KIVOm: rows of %s are not as long as they were taken for\n", out->path);
+        std::abort();
     }
 }

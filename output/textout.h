@@ -3,9 +3,9 @@
 // A writer builds a row in place: it asks for room, lays fields one behind the other, and says where the row ends.
 //
 //     char *at = RowBegin(out);
-//     at = FieldInt(at, i, 10);
+//     at = FieldInt10(at, i);
 //     at = FieldReal24(at, x);
-//     RowEnd(out, FieldText(at, "\n"));
+//     RowEnd(out, FieldBytes(at, "\n", 1));
 //
 // Writing goes on silently after a failure, as if the text had been written: neither the run nor the log change.
 // Closing the file then names it and the system's reason on standard error, and TextOutputFailed turns true.
@@ -76,6 +76,13 @@ bool CanCopy(const TextOut *out);
 void StartCopies(TextOut *out, const std::int64_t *distances, int nCopies);
 void StopCopies(TextOut *out);
 void SkipText(TextOut *out, std::int64_t distance);
+
+// Bytes of the file before the next thing put; of no meaning once writing has failed.
+std::int64_t TextPosition(const TextOut *out);
+
+// Aborts the program, with a word on standard error, when the next thing put would not stand at that byte: a copy would
+// then lie where it does not belong, and the file look whole. Writing that has failed is passed over: CloseText tells.
+void RequirePosition(const TextOut *out, std::int64_t position);
 
 // Fields. Each lays its text at `at` and returns the place behind it; at most kMostField characters.
 constexpr int kMostField = 32;

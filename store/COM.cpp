@@ -66,7 +66,6 @@ void FreeCOM() {
     ReleaseGroups(Mesh->GRnode, DelGRnode);
     allocate(Mesh, 0);
     Mesh = nullptr;
-    ForgetColumnCounts();
 }
 
 void COM_ArchnDim(int nDim) {
@@ -96,7 +95,7 @@ void COM_ArchCell(int columns, int type, int tag, int k, const int *conn, const 
     const int cell = GetNextAviableCell(cells);
     cells->i1Type[cell] = type;
     cells->i1Tag[cell] = tag;
-    const int kept = std::min(k, cells->nColumns); // more nodes than columns would lie outside the tables
+    const int kept = std::min(k, cells->nNodesPerCell); // more nodes than columns would lie outside the tables
     cells->i1NumNodes[cell] = kept;
     for (int p = 0; p < kept; ++p) {
         cells->i2Conn[p][cell] = conn[p];
@@ -115,7 +114,7 @@ void COM_ArchCells(int columns, int type, int tag, int k, int count, const int *
     }
     std::fill_n(cells->i1Type + first, count, type);
     std::fill_n(cells->i1Tag + first, count, tag);
-    const int kept = std::min(k, cells->nColumns);
+    const int kept = std::min(k, cells->nNodesPerCell);
     std::fill_n(cells->i1NumNodes + first, count, kept);
     for (int p = 0; p < kept; ++p) {
         std::copy(conn[p], conn[p] + count, cells->i2Conn[p] + first);

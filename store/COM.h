@@ -2,6 +2,8 @@
 //
 // The reader fills it through the COM_Arch... operations, each of which makes the mesh when there is none yet.
 // The translation and the writers take the root with GetCOM and use the records directly (store/sys.h).
+//
+// No run calls COM_ArchNode and COM_ArchCell, which add one entry each: they are part of the interface.
 #ifndef KIVOM_STORE_COM_H
 #define KIVOM_STORE_COM_H
 
@@ -10,7 +12,8 @@
 // The mesh, or null before the first COM_Arch... call and after FreeCOM. Owned by the store.
 Mesh *GetCOM();
 
-// Releases the whole mesh. A later COM_Arch... call begins a new, empty one.
+// Releases the whole mesh. A later COM_Arch... call begins a new, empty one. The column counts that the process has
+// seen stay (store/sys.h): cells of another width are then reported where they grow.
 void FreeCOM();
 
 // Number of space dimensions; the last call counts.

@@ -35,20 +35,38 @@ void Resize(double **column, int n) {
     RequireBlock(*column);
 }
 
-// Resizes a table of `held` columns to `columns` columns of n entries.
-void ResizeTable(int ***table, int held, int columns, int n) {
+void RequireTable(int *const *table, int columns) {
+    RequireBlock(table);
+    for (int k = 0; k < columns; ++k) {
+        RequireBlock(table[k]);
+    }
+}
+
+void ResizeTable(int ***table, int columns, int n) {
     if (columns < 1) {
         return;
     }
-    if (*table != nullptr && columns > held) { // late columns must be absent before they are resized
-        *table = static_cast<int **>(allocate(*table, static_cast<std::uint64_t>(columns) * sizeof(int *)));
-        RequireBlock(*table);
-        std::fill(*table + held, *table + columns, nullptr);
-    }
     *table = AllocINT2D(*table, columns, n);
+    RequireTable(*table, columns);
+}
+
+// Gives a table of `held` columns further ones, up to `columns`.
+void WidenTable(int ***table, int held, int columns, int n) {
+    if (*table == nullptr) {
+        return;
+    }
+    *table = static_cast<int **>(allocate(*table, static_cast<std::uint64_t>(columns) * sizeof(int *)));
     RequireBlock(*table);
-    for (int k = 0; k < columns; ++k) {
-        RequireBlock((*table)[k]);
+    for (int k = held; k < columns; ++k) {
+        (*table)[k] = AllocINT1D(nullptr, n);
+    }
+    RequireTable(*table, columns);
+}
+
+// An absent table has nothing to release.
+void ReleaseTable(int **table, int columns) {
+    if (table != nullptr) {
+        AllocINT2D(table, columns, 0);
     }
 }
 
@@ -74,6 +92,24 @@ template <class Step> bool Count(int *nNum, int *nMax, int count, Step step) {
         step();
     }
     return grows;
+}
+
+// True when entries are there and one of the arrays is not: a caller has made the others.
+bool AnyAbsent(const Nodes *nodes) {
+    return nodes->nMax > 0 &&
+           (nodes->i1Mark == nullptr || nodes->i1GID == nullptr || nodes->i1Tag == nullptr || nodes->d1X == nullptr ||
+            nodes->d1Y == nullptr || nodes->d1Z == nullptr || nodes->i1OnB == nullptr);
+}
+
+bool AnyAbsent(const Faces *faces) {
+    return faces->nMax > 0 && (faces->i1Type == nullptr || faces->i1Tag == nullptr || faces->i1NumNodes == nullptr ||
+                               (faces->i2Conn == nullptr && faces->nNodesPerFace > 0));
+}
+
+bool AnyAbsent(const Cells *cells) {
+    return cells->nMax > 0 && (cells->i1Mark == nullptr || cells->i1Type == nullptr || cells->i1Tag == nullptr ||
+                               cells->i1NumNodes == nullptr ||
+                               ((cells->i2Conn == nullptr || cells->i2FaceTag == nullptr) && cells->nNodesPerCell > 0));
 }
 
 } // namespace
@@ -125,7 +161,7 @@ void DelFaces(Faces *faces) {
     AllocINT1D(faces->i1Type, 0);
     AllocINT1D(faces->i1Tag, 0);
     AllocINT1D(faces->i1NumNodes, 0);
-    AllocINT2D(faces->i2Conn, faces->nColumns, 0);
+    ReleaseTable(faces->i2Conn, faces->nNodesPerFace);
     allocate(faces, 0);
 }
 
@@ -134,8 +170,8 @@ void DelCells(Cells *cells) {
     AllocINT1D(cells->i1Type, 0);
     AllocINT1D(cells->i1Tag, 0);
     AllocINT1D(cells->i1NumNodes, 0);
-    AllocINT2D(cells->i2FaceTag, cells->nColumns, 0);
-    AllocINT2D(cells->i2Conn, cells->nColumns, 0);
+    ReleaseTable(cells->i2FaceTag, cells->nNodesPerCell);
+    ReleaseTable(cells->i2Conn, cells->nNodesPerCell);
     allocate(cells, 0);
 }
 
@@ -153,7 +189,7 @@ void DelGRnode(GRnode *group) {
 
 int ReserveNodes(Nodes *nodes, int count) {
     const int first = nodes->nNum;
-    if (!Count(&nodes->nNum, &nodes->nMax, count, [] {})) {
+    if (!Count(&nodes->nNum, &nodes->nMax, count, [] {}) && !AnyAbsent(nodes)) {
         return first;
     }
     Resize(&nodes->i1Mark, nodes->nMax);
@@ -171,14 +207,13 @@ int ReserveFaces(Faces *faces, int count) {
     const bool grows = Count(&faces->nNum, &faces->nMax, count, [faces] {
         CheckMceno(&facesMceno, faces->nNodesPerFace, "\n  Error> unmatched mceno in Alloc_Faces.");
     });
-    if (!grows && (faces->nMax == 0 || faces->nColumns >= faces->nNodesPerFace)) {
+    if (!grows && !AnyAbsent(faces)) {
         return first;
     }
     Resize(&faces->i1Type, faces->nMax);
     Resize(&faces->i1Tag, faces->nMax);
     Resize(&faces->i1NumNodes, faces->nMax);
-    ResizeTable(&faces->i2Conn, faces->nColumns, faces->nNodesPerFace, faces->nMax);
-    faces->nColumns = faces->nNodesPerFace;
+    ResizeTable(&faces->i2Conn, faces->nNodesPerFace, faces->nMax);
     return first;
 }
 
@@ -187,16 +222,19 @@ int ReserveCells(Cells *cells, int count) {
     const bool grows = Count(&cells->nNum, &cells->nMax, count, [cells] {
         CheckMceno(&cellsMceno, cells->nNodesPerCell, "\n  Error> unmatched mceno in Alloc_Cells.");
     });
-    if (!grows && (cells->nMax == 0 || cells->nColumns >= cells->nNodesPerCell)) {
+    if (!grows && !AnyAbsent(cells)) {
         return first;
     }
+    const bool tagged = cells->i2FaceTag != nullptr;
     Resize(&cells->i1Mark, cells->nMax);
     Resize(&cells->i1Type, cells->nMax);
     Resize(&cells->i1Tag, cells->nMax);
     Resize(&cells->i1NumNodes, cells->nMax);
-    ResizeTable(&cells->i2Conn, cells->nColumns, cells->nNodesPerCell, cells->nMax);
-    ResizeTable(&cells->i2FaceTag, cells->nColumns, cells->nNodesPerCell, cells->nMax);
-    cells->nColumns = cells->nNodesPerCell;
+    ResizeTable(&cells->i2Conn, cells->nNodesPerCell, cells->nMax);
+    ResizeTable(&cells->i2FaceTag, cells->nNodesPerCell, cells->nMax);
+    for (int k = 0; k < cells->nNodesPerCell && !tagged; ++k) {
+        std::fill_n(cells->i2FaceTag[k], first, 0);
+    }
     return first;
 }
 
@@ -212,12 +250,37 @@ int GetNextAviableCell(Cells *cells) {
     return ReserveCells(cells, 1);
 }
 
+void OrderNodes(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
+    if (n < 2) {
+        return;
+    }
+    auto *order = NewArray<int>(n);
+    if (OrderRows(n, i1GID, order)) {
+        auto *spare = NewArray<double>(n);
+        if (i1Tag != nullptr) {
+            ReorderINT(n, i1Tag, order, reinterpret_cast<int *>(spare));
+        }
+        ReorderDBL(n, d1X, order, spare);
+        ReorderDBL(n, d1Y, order, spare);
+        ReorderDBL(n, d1Z, order, spare);
+        AllocDBL1D(spare, 0);
+    }
+    AllocINT1D(order, 0);
+}
+
 void SetNumNodesFaces(int n, Faces *faces) {
-    faces->nNodesPerFace = std::max(faces->nNodesPerFace, n);
+    if (n > faces->nNodesPerFace) {
+        WidenTable(&faces->i2Conn, faces->nNodesPerFace, n, faces->nMax);
+        faces->nNodesPerFace = n;
+    }
 }
 
 void SetNumNodesCells(int n, Cells *cells) {
-    cells->nNodesPerCell = std::max(cells->nNodesPerCell, n);
+    if (n > cells->nNodesPerCell) {
+        WidenTable(&cells->i2Conn, cells->nNodesPerCell, n, cells->nMax);
+        WidenTable(&cells->i2FaceTag, cells->nNodesPerCell, n, cells->nMax);
+        cells->nNodesPerCell = n;
+    }
 }
 
 void ForgetColumnCounts() {

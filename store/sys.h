@@ -20,19 +20,33 @@
 //     Faces             none                                 one or several for each tagged slot of a cell
 //     lengths           undefined / 0                        set
 //
+// The arrays need not come from the functions below. A caller may make them itself (AllocINT1D, AllocINT2D), fill them
+// and set nMax, nNum and, to the number of columns that it made, nNodesPerFace or nNodesPerCell: they are grown,
+// translated, written and released like all others. An array that it leaves absent is made at the next reservation;
+// surface tags are then 0.
+//
 // Field names: i1 int array, i2 int table, d1 double array, c1 character array, n count, d double, i int.
+//
+// No run calls GetNextAviableNode, GetNextAviableFace and GetNextAviableCell, which reserve one entry each: they are
+// part of the interface.
 #ifndef KIVOM_STORE_SYS_H
 #define KIVOM_STORE_SYS_H
 
-// Element type codes, shared by store, reader, translation and writers (all fifteen: output/DumpVTK.cpp).
+// Element type codes, shared by store, reader, translation and writers. What is known of each: families.h.
 enum TypeCode {
     kTRI3 = 3,  // 3-node triangle
     kTRI6 = 4,  // 6-node triangle: corner, mid-side, corner, mid-side, corner, mid-side
     kTET4 = 5,  // 4-node tetrahedron
     kTETX = 6,  // 10-node tetrahedron: corners 0-3, mid-edge nodes of 0-1, 1-2, 2-0, 0-3, 1-3, 2-3
+    kTRI7 = 19, // of other solvers' meshes, as far as the VTK form goes
+    kC1D6 = 20,
+    kC1D4 = 22,
     kS1D2 = 31, // 2-node line, a face of a 2-D mesh
     kS2D3 = 32, // 3-node triangle, a face of a 3-D mesh
     kS2D4 = 33, // 4-node quadrilateral, a face
+    kC2D6 = 36, // of other solvers' meshes
+    kC2D8 = 37,
+    kC2DX = 38,
     kQUA4 = 52, // 4-node quadrilateral
     kHEX8 = 55  // 8-node hexahedron
 };
@@ -52,8 +66,7 @@ struct Nodes {
 
 struct Faces {
     int nMax, nNum;
-    int nNodesPerFace; // largest node count of any face, and the columns of i2Conn
-    int nColumns;      // columns that i2Conn has by now: they follow nNodesPerFace at the next reservation
+    int nNodesPerFace; // largest node count of any face, and the columns of i2Conn wherever there is one
     int *i1Type;       // type code
     int *i1Tag;        // tag of its face group
     int *i1NumNodes;   // columns of i2Conn that mean something for this face
@@ -62,8 +75,7 @@ struct Faces {
 
 struct Cells {
     int nMax, nNum;
-    int nNodesPerCell; // largest node count of any cell, and the columns of both tables
-    int nColumns;      // columns that both tables have by now: they follow nNodesPerCell at the next reservation
+    int nNodesPerCell; // largest node count of any cell, and the columns of both tables wherever there are any
     int *i1Mark;       // scratch of the translation: 1 for a cell of a "C_" group
     int *i1Type;       // type code
     int *i1Tag;        // tag of its cell group
@@ -118,23 +130,29 @@ void DelGRnode(GRnode *group);
 
 // Each reserves the next entry and returns its position; the caller writes every field of it. Capacity goes
 // 100000, 200000, ..., 1600000, then up by a million; it grows when the last free entry is handed out, so that
-// one free entry is always left. The column counts must be final before a kind's first growth: a later raise is
-// reported at each growth ("unmatched mceno"); the columns it adds hold nothing for the entries made before.
+// one free entry is always left. The column counts must be final before a kind's first growth in the process: another
+// count is reported at each growth ("unmatched mceno").
 int GetNextAviableNode(Nodes *nodes);
 int GetNextAviableFace(Faces *faces);
 int GetNextAviableCell(Cells *cells);
 
 // `count` entries reserved at once: the first position. As many single reservations would leave the same
-// store, but the arrays are resized only once.
+// store, but the arrays are resized only once. With 0 only the arrays are made that a caller has left absent.
 int ReserveNodes(Nodes *nodes, int count);
 int ReserveFaces(Faces *faces, int count);
 int ReserveCells(Cells *cells, int count);
 
-// Raises the column count to n where it is smaller.
+// Puts n nodes in the order of their numbers, as SortByFirstArray2 would leave them (support/frame.h); tags and
+// coordinates follow. Absent tags (null) are passed over.
+void OrderNodes(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z);
+
+// Raises the column count to n where it is smaller. A table that is there gets its further columns at once; they hold
+// nothing for the entries made before. The fields nNodesPerFace and nNodesPerCell tell how many columns a table has:
+// whoever changes them another way makes the columns too.
 void SetNumNodesFaces(int n, Faces *faces);
 void SetNumNodesCells(int n, Cells *cells);
 
-// The next store begins anew: the column counts seen so far are forgotten.
+// For tests: no run calls it. The process forgets with which column counts it first grew faces and cells.
 void ForgetColumnCounts();
 
 #endif

@@ -9,6 +9,13 @@
 
 namespace {
 
+bool contentsLost = false; // a block held could not grow: the fresh one holds zeros instead
+
+[[noreturn]] void EndForShortage() {
+    std::fprintf(stderr, "KIVOm: shortage of memory\n");
+    std::exit(EXIT_FAILURE);
+}
+
 void ReportShortage(std::uint64_t size) {
     const auto bytes = static_cast<double>(size);
     std::printf("Error> failed to allocate storage with ");
@@ -44,6 +51,7 @@ void *allocate(void *held, std::uint64_t size) {
     }
     if (held != nullptr) {
         std::memset(fresh, 0, size); // its contents are lost: zeros at least are no wild indices or pointers
+        contentsLost = true;
     }
     return fresh;
 }
@@ -63,9 +71,6 @@ double *AllocDBL1D(double *held, int n) {
 int **AllocINT2D(int **held, int columns, int n) {
     if (columns < 1) {
         return held;
-    }
-    if (held == nullptr && n == 0) {
-        return nullptr;
     }
     auto **table = static_cast<int **>(allocate(held, Bytes(columns, sizeof(int *))));
     if (table == nullptr) {
@@ -100,6 +105,17 @@ void EndForTooMany() {
 
 void RequireBlock(const void *block) {
     if (block == nullptr) {
-        std::exit(EXIT_FAILURE);
+        EndForShortage();
     }
+    EndIfContentsLost();
+}
+
+void EndIfContentsLost() {
+    if (contentsLost) {
+        EndForShortage();
+    }
+}
+
+void ForgetLostContents() {
+    contentsLost = false;
 }

@@ -2,6 +2,13 @@
 //
 // Text rules below know one blank, the space character (32); tabs and other white space are ordinary
 // characters. Comparisons are of bytes and so tell upper from lower case.
+//
+// Names: a name that is given stands letter for letter, here and everywhere (fgetportableline, GetNextAviableNode,
+// ABQ_AssignSystDim); every other function is a verb in CamelCase, with ABQ in front where it belongs to the deck, its
+// line or its records, and COM_ where it belongs to the mesh.
+//
+// No run calls AllocCHR1D, fgetportableline, GrabNextINTFromCHR, GrabNextDBLFromCHR, GrabNextCHRFromCHR, AreNamesSamn,
+// SetIOBuffer and GetLIDByGID: they are part of the library's interface.
 #ifndef KIVOM_SUPPORT_FRAME_H
 #define KIVOM_SUPPORT_FRAME_H
 
@@ -22,7 +29,8 @@ constexpr int kNameBuffer = kNameLength + 1;
 //
 // On shortage a call prints a warning and tries once more for a fresh block: what the old one held is then
 // lost, and the fresh one is zeroed so that no one acts on chance values. After a second failure it prints
-// the size and returns null. The caller passes a block through RequireBlock before it uses it.
+// the size and returns null. The allocators never end the process: the caller passes a block through RequireBlock
+// before it uses it, and that does.
 
 void *allocate(void *held, std::uint64_t size);   // `size` bytes
 char *AllocCHR1D(char *held, int n);              // n strings of 256 characters and a terminator each
@@ -31,15 +39,22 @@ double *AllocDBL1D(double *held, int n);          // n doubles
 int **AllocINT2D(int **held, int columns, int n); // table [columns][n]
 
 // AllocINT2D with fewer than 1 column returns the table held and does nothing else; with n = 0 it releases
-// every column and then the table. A table must be resized with the column count it was made with.
+// every column and then the table (where none is held, it makes one for that). A table must be resized with the column
+// count it was made with.
 
 // The capacity that follows `capacity` where arrays of unknown final length grow: 100000 first, doubled while at
 // most 1000000, then a million more each time. Store and reader share the rule.
 int NextCapacity(int capacity);
 
-// Ends the process (exit status 1) when the block is missing: its allocator has reported the shortage, and
-// nothing sensible can follow.
+// Ends the process (exit status 1, with a word on standard error) when the block is missing, or when any block has lost
+// its contents: its allocator has reported the shortage, and nothing sensible can follow.
 void RequireBlock(const void *block);
+
+// The second half of it: for where no block is at hand.
+void EndIfContentsLost();
+
+// For tests: no run calls it. Takes the contents lost so far for nothing.
+void ForgetLostContents();
 
 // Ends the process (exit status 1) with a word on standard error: a deck asks for more entries of a kind than an int
 // can number.
@@ -60,6 +75,7 @@ template <class T> T *NewArray(int n) {
 // The next line of the stream without its '\n', terminated, into `line`, which must be large enough for it.
 // At the end of the stream an empty string. A '\r' stays.
 void fgetportableline(LineSource *stream, char *line);
+void fgetportableline(std::FILE *stream, char *line);
 
 // Each takes the next field out of `line`: the characters up to the separator or the end, blanks left out, at
 // most 256 of them. What was taken and the separator are blanked in the line, so that the next call finds the

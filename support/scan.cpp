@@ -76,6 +76,13 @@ void fgetportableline(LineSource *stream, char *line) {
     *line = '\0';
 }
 
+void fgetportableline(std::FILE *stream, char *line) {
+    for (int c = std::getc(stream); c != EOF && c != '\n'; c = std::getc(stream)) {
+        *line++ = static_cast<char>(c);
+    }
+    *line = '\0';
+}
+
 int GrabNextINTFromCHR(int *out, char *line, char separator) {
     char field[kNameBuffer];
     return ConvertINT(out, field, BlankField(field, line, separator));

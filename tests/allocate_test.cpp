@@ -7,6 +7,8 @@
 
 #include <climits>
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -21,6 +23,7 @@ class Allocate : public testing::Test {
     }
     void TearDown() override {
         EXPECT_EQ(fake::BlocksHeld(), held) << "the test left blocks behind";
+        ForgetLostContents();
     }
     long held = 0;
 };
@@ -101,7 +104,9 @@ TEST_F(Allocate, AfterOneFailureAFreshBlockIsTriedAndTheOldOneIsNotReleased) {
     ASSERT_NE(fresh, nullptr);
     EXPECT_NE(fresh, old);
     EXPECT_EQ(fake::BlocksHeld(), held + 2);
-    EXPECT_NE(fresh[0], 11) << "the old contents are not carried over";
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(fresh[i], 0) << "the old contents are not carried over, and nothing is left to chance";
+    }
     EXPECT_EQ(old[0], 11);
     EXPECT_EQ(old[1], 12);
     AllocINT1D(fresh, 0);
@@ -211,7 +216,7 @@ TEST_F(Allocate, TableColumnThatFailsOnceIsFresh) {
     EXPECT_EQ(Printed([&] { table = AllocINT2D(table, 1, 3); }), kWarning);
     EXPECT_EQ(fake::AllocationFaults(), 1);
     EXPECT_NE(table[0], old);
-    EXPECT_NE(table[0][0], 99);
+    EXPECT_EQ(std::vector<int>(table[0], table[0] + 3), (std::vector<int>{0, 0, 0}));
     EXPECT_EQ(old[0], 99);
     AllocINT1D(old, 0);
     AllocINT2D(table, 1, 0);
@@ -230,7 +235,35 @@ TEST_F(Allocate, CapacitiesDoubleUpToAMillionAndThenGoUpByAMillion) {
 TEST_F(Allocate, AMissingBlockEndsTheProcessAndAPresentOneDoesNot) {
     int present = 0;
     RequireBlock(&present);
-    EXPECT_EXIT(RequireBlock(nullptr), testing::ExitedWithCode(1), "");
+    EndIfContentsLost();
+    EXPECT_EXIT(RequireBlock(nullptr), testing::ExitedWithCode(1), "KIVOm: shortage of memory");
+}
+
+TEST_F(Allocate, LostContentsEndTheProcessAtTheNextBlockThatItUses) {
+    int *old = AllocINT1D(nullptr, 1);
+    fake::FailAllocation(1);
+    int *fresh = nullptr;
+    EXPECT_EQ(Printed([&] { fresh = AllocINT1D(old, 2); }), kWarning) << "the allocator itself goes on";
+    EXPECT_EXIT(RequireBlock(fresh), testing::ExitedWithCode(1), "KIVOm: shortage of memory");
+    EXPECT_EXIT(EndIfContentsLost(), testing::ExitedWithCode(1), "KIVOm: shortage of memory");
+    AllocINT1D(fresh, 0);
+    AllocINT1D(old, 0);
+}
+
+TEST_F(Allocate, ARetryForAFreshBlockLosesNothing) {
+    fake::FailAllocation(1);
+    int *fresh = nullptr;
+    EXPECT_EQ(Printed([&] { fresh = AllocINT1D(nullptr, 2); }), kWarning);
+    RequireBlock(fresh);
+    AllocINT1D(fresh, 0);
+}
+
+TEST_F(Allocate, ATableOfNoEntriesIsMadeAndReleased) {
+    EXPECT_EQ(AllocINT2D(nullptr, 2, 0), nullptr);
+    EXPECT_EQ(fake::AllocationSizes(), (std::vector<std::uint64_t>{16}));
+    fake::FailAllocationsFrom(1);
+    EXPECT_EQ(Printed([] { EXPECT_EQ(AllocINT2D(nullptr, 2, 0), nullptr); }),
+              std::string(kWarning) + kError + "16 Bytes .\n");
 }
 
 } // namespace

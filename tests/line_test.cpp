@@ -267,6 +267,11 @@ TEST_F(DeckLines, ParametersAreFoundAnywhereOnTheLine) {
         {"*Node, mynset=a", "NSET", 1, "A"}, // inside a longer word too
         {"*Node, nset", "NSET", 0, ""},
         {"*N", "NSET", 0, ""},
+        {"*Node, nset=a", "", 1, "A"}, // an empty name: the first "="
+        {"*Node=", "", 1, ""},
+        {"*Node", "", 0, ""},
+        {"", "", 0, ""},
+        {"", "NSET", 0, ""},
     };
     for (const auto &wanted : cases) {
         Begin(wanted.line);

@@ -18,6 +18,7 @@ class CleanStore : public testing::Test {
     void SetUp() override {
         fake::Reset();
         FreeCOM();
+        ForgetColumnCounts();
         held = fake::BlocksHeld();
     }
     void TearDown() override {

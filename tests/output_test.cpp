@@ -193,6 +193,13 @@ TEST_F(Output, FilesAreTheSameWithBlocksOfAnySizeAndWithCopies) {
 }
 
 TEST_F(Output, RowsOfTwoAndThreeValues) {
+    constexpr char kRows[] = "    Two = \n"
+                             "                 0         2         5         7\n"
+                             "                 1         2        -62147483647\n"
+                             "    Three = \n"
+                             "                 0         3         5         7         9\n"
+                             "                 1         3        -62147483647        10\n"
+                             "    None = \n";
     const int a[] = {5, -6}, b[] = {7, 2147483647}, c[] = {9, 10};
     for (const std::size_t block : {std::size_t{16}, kTextBlock}) {
         TextOut out;
@@ -201,14 +208,37 @@ TEST_F(Output, RowsOfTwoAndThreeValues) {
         Output_INTArray3D(&out, "Three", 2, a, b, c);
         Output_INTArray2D(&out, "None", 0, nullptr, nullptr);
         CloseText(&out);
-        EXPECT_EQ(fake::GetFile("file"), "    Two = \n"
-                                         "                 0         2         5         7\n"
-                                         "                 1         2        -62147483647\n"
-                                         "    Three = \n"
-                                         "                 0         3         5         7         9\n"
-                                         "                 1         3        -62147483647        10\n"
-                                         "    None = \n");
+        EXPECT_EQ(fake::GetFile("file"), kRows);
     }
+    std::FILE *stream = std::tmpfile();
+    ASSERT_NE(stream, nullptr);
+    Output_INTArray2D(stream, "Two", 2, a, b);
+    Output_INTArray3D(stream, "Three", 2, a, b, c);
+    Output_INTArray2D(stream, "None", 0, nullptr, nullptr);
+    std::rewind(stream);
+    char text[500] = "";
+    EXPECT_EQ(std::fread(text, 1, sizeof text - 1, stream), sizeof kRows - 1);
+    EXPECT_STREQ(text, kRows);
+    std::fclose(stream);
+}
+
+TEST_F(Output, APlaceOfTheFileIsAskedForAndRequired) {
+    TextOut out;
+    ASSERT_TRUE(OpenText(&out, "file", 4));
+    PutText(&out, "abc");
+    EXPECT_EQ(TextPosition(&out), 3);
+    PutText(&out, "def"); // the buffer is written out on the way
+    EXPECT_EQ(TextPosition(&out), 6);
+    SkipText(&out, 10);
+    EXPECT_EQ(TextPosition(&out), 16);
+    RequirePosition(&out, 16);
+    EXPECT_DEATH(RequirePosition(&out, 15), "rows of file are not as long");
+    fake::FailWritesAfter(0);
+    PutText(&out, "x");
+    FlushText(&out);
+    RequirePosition(&out, 15); // the failure is told when the file is closed
+    PrintedToErrors([&] { CloseText(&out); });
+    EXPECT_EQ(fake::WriteFaults(), 1);
 }
 
 TEST_F(Output, AFileThatCannotBeCreatedHoldsNothing) {
@@ -480,7 +510,7 @@ TEST_F(Output, ConnectivityRowsAreNotWrappedHoweverLong) {
     COM_ArchnDim(0);
     Cells *cells = GetCOM()->Cells;
     cells->nNum = cells->nMax = kRows;
-    cells->nNodesPerCell = cells->nColumns = kNodes;
+    cells->nNodesPerCell = kNodes;
     cells->i1Type = AllocINT1D(nullptr, kRows);
     cells->i1Tag = AllocINT1D(nullptr, kRows);
     cells->i1NumNodes = AllocINT1D(nullptr, kRows);

@@ -433,4 +433,18 @@ TEST_F(Lines, AReadThatFailsHalfWayEndsTheTextAndIsKnown) {
     CloseLines(&source);
 }
 
+TEST(StreamLines, ComeWithoutTheirEndsAndAreEmptyBehindTheLast) {
+    std::FILE *stream = std::tmpfile();
+    ASSERT_NE(stream, nullptr);
+    const char text[] = "abc\r\n\nlast";
+    std::fwrite(text, 1, sizeof text - 1, stream);
+    std::rewind(stream);
+    for (const char *wanted : {"abc\r", "", "last", "", ""}) {
+        char line[20] = "unset";
+        fgetportableline(stream, line);
+        EXPECT_STREQ(line, wanted);
+    }
+    std::fclose(stream);
+}
+
 } // namespace

@@ -2,7 +2,6 @@
 #include "capture.h"
 #include "fakesystem.h"
 
-#include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
 
@@ -74,7 +73,6 @@ class OneByOne : public testing::TestWithParam<std::size_t> {
     }
 
     void TearDown() override {
-        ABQReleaseSpareColumns();
         ABQReleaseDeck();
         EXPECT_EQ(fake::BlocksHeld(), held);
         EXPECT_EQ(fake::FilesOpen(), 0);

@@ -386,12 +386,101 @@ TEST_F(Store, NodeAndFaceGroupsAreNoCellGroups) {
     EXPECT_EQ(COM_GetGRcellTagByName("A"), -1);
 }
 
-TEST_F(Store, ReleasingForgetsTheColumnCounts) {
+TEST_F(Store, ReleasingLeavesTheColumnCountsOfTheProcessAlone) {
     const int conn[] = {1, 2, 3, 4};
     const int tags[] = {0, 0, 0, 0};
     COM_ArchCell(3, kTRI3, 1, 3, conn, tags);
     FreeCOM();
-    EXPECT_EQ(Printed([&] { COM_ArchCell(4, kTET4, 1, 4, conn, tags); }), "") << "a new store begins anew";
+    EXPECT_EQ(Printed([&] { COM_ArchCell(4, kTET4, 1, 4, conn, tags); }), kCellsMceno) << "a second mesh, wider";
+    FreeCOM();
+    EXPECT_EQ(Printed([&] { COM_ArchCell(3, kTRI3, 1, 3, conn, tags); }), "") << "as wide as the first";
+    FreeCOM();
+    ForgetColumnCounts();
+    EXPECT_EQ(Printed([&] { COM_ArchCell(4, kTET4, 1, 4, conn, tags); }), "");
+}
+
+// Tables made by the caller ----------------------------------------------------------------------------
+
+// Two triangles in arrays of three entries, with tags by slot where `tagged`.
+void FillByHand(Cells *cells, bool tagged) {
+    cells->nMax = 3;
+    cells->nNum = 2;
+    cells->nNodesPerCell = 3;
+    cells->i1Type = AllocINT1D(nullptr, 3);
+    cells->i1Tag = AllocINT1D(nullptr, 3);
+    cells->i1NumNodes = AllocINT1D(nullptr, 3);
+    cells->i2Conn = AllocINT2D(nullptr, 3, 3);
+    cells->i2FaceTag = tagged ? AllocINT2D(nullptr, 3, 3) : nullptr;
+    for (int c = 0; c < 2; ++c) {
+        cells->i1Type[c] = kTRI3;
+        cells->i1Tag[c] = 1;
+        cells->i1NumNodes[c] = 3;
+        for (int k = 0; k < 3; ++k) {
+            cells->i2Conn[k][c] = 10 * c + k;
+            if (tagged) {
+                cells->i2FaceTag[k][c] = 100 + 10 * c + k;
+            }
+        }
+    }
+}
+
+TEST_F(Store, CellsMadeByHandAreKeptByGrowthAndOthersGoOnBehindThem) {
+    const int conn[] = {21, 22, 23, 24};
+    const int tags[] = {1, 2, 3, 4};
+    for (const bool tagged : {true, false}) {
+        COM_ArchnDim(2);
+        Cells *cells = GetCOM()->Cells;
+        FillByHand(cells, tagged);
+        EXPECT_EQ(Printed([&] { COM_ArchCell(3, kTRI3, 2, 3, conn, tags); }), "");
+        EXPECT_EQ(cells->nMax, 6);
+        COM_ArchCell(4, kTET4, 3, 4, conn, tags); // wider than the tables, in the room that is left
+        ASSERT_EQ(cells->nNum, 4);
+        for (int k = 0; k < 3; ++k) {
+            for (int c = 0; c < 2; ++c) {
+                EXPECT_EQ(cells->i2Conn[k][c], 10 * c + k);
+                EXPECT_EQ(cells->i2FaceTag[k][c], tagged ? 100 + 10 * c + k : 0);
+            }
+            EXPECT_EQ(cells->i2Conn[k][2], conn[k]);
+            EXPECT_EQ(cells->i2FaceTag[k][2], tags[k]);
+        }
+        EXPECT_EQ(cells->i1NumNodes[3], 4);
+        EXPECT_EQ(cells->i2Conn[3][3], 24);
+        EXPECT_EQ(cells->i2FaceTag[3][3], 4);
+        cells->i1Mark[5] = cells->i2Conn[3][5] = cells->i2FaceTag[3][5] = 1; // every array has the new length
+        FreeCOM();                                                           // TearDown counts what it releases
+        ForgetColumnCounts();
+    }
+}
+
+TEST_F(Store, FacesMadeByHandAreKeptByGrowthAlsoWhereTheyBecomeWider) {
+    Faces *faces = NewFaces();
+    faces->nMax = 2;
+    faces->nNum = 1;
+    faces->nNodesPerFace = 2;
+    faces->i2Conn = AllocINT2D(nullptr, 2, 2);
+    faces->i2Conn[0][0] = 5;
+    faces->i2Conn[1][0] = 6;
+    SetNumNodesFaces(3, faces);
+    EXPECT_EQ(GetNextAviableFace(faces), 1);
+    EXPECT_EQ(faces->nMax, 4);
+    EXPECT_EQ(faces->i2Conn[0][0], 5);
+    EXPECT_EQ(faces->i2Conn[1][0], 6);
+    faces->i1Type[3] = faces->i1Tag[3] = faces->i1NumNodes[3] = faces->i2Conn[2][3] = 1;
+    DelFaces(faces);
+}
+
+TEST_F(Store, NodesMadeByHandGetTheArraysThatAreAbsent) {
+    Nodes *nodes = NewNodes();
+    nodes->nMax = 4;
+    nodes->nNum = 1;
+    nodes->i1GID = AllocINT1D(nullptr, 4);
+    nodes->i1GID[0] = 17;
+    EXPECT_EQ(GetNextAviableNode(nodes), 1);
+    EXPECT_EQ(nodes->nMax, 4);
+    EXPECT_EQ(nodes->i1GID[0], 17);
+    nodes->i1Mark[3] = nodes->i1Tag[3] = nodes->i1OnB[3] = 1;
+    nodes->d1X[3] = nodes->d1Y[3] = nodes->d1Z[3] = 1;
+    DelNodes(nodes);
 }
 
 } // namespace

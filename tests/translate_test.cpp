@@ -2,6 +2,7 @@
 #include "capture.h"
 #include "meshes.h"
 
+#include "support/frame.h"
 #include "translate/MeshAll.h"
 
 #include <cmath>
@@ -597,6 +598,52 @@ TEST_F(Translate, DroppedNodesCloseTheGaps) {
     EXPECT_EQ(Ints(nodes->i1Tag, nodes->i1Tag + 3), (Ints{11, 13, 14}));
     EXPECT_EQ(Ints(nodes->i1Mark, nodes->i1Mark + 3), (Ints{0, 1, 2}));
     EXPECT_TRUE(PointOf(0) == (At{0, 0, 1}) && PointOf(1) == (At{1, 0, 2}) && PointOf(2) == (At{0, 1, 3}));
+}
+
+// A store filled by hand -------------------------------------------------------------------------------
+
+// Nodes 10 (unused), 20, 30, 40; a triangle of 40, 20, 30 and a face from node 30 to node 40 as positions 2, 3.
+TEST_F(CleanStore, TablesMadeByHandAreResolvedCompactedAndReleased) {
+    COM_ArchnDim(2);
+    COM_ArchNode(10, 0, 9, 9, 0);
+    COM_ArchNode(20, 0, 0, 0, 0);
+    COM_ArchNode(30, 0, 1, 0, 0);
+    COM_ArchNode(40, 0, 0, 1, 0);
+    Cells *cells = GetCOM()->Cells;
+    cells->nMax = cells->nNum = 1;
+    cells->nNodesPerCell = 3;
+    cells->i1Type = AllocINT1D(nullptr, 1);
+    cells->i1Tag = AllocINT1D(nullptr, 1);
+    cells->i1NumNodes = AllocINT1D(nullptr, 1);
+    cells->i2Conn = AllocINT2D(nullptr, 3, 1);
+    cells->i1Type[0] = kTRI3;
+    cells->i1Tag[0] = 1;
+    cells->i1NumNodes[0] = 3;
+    cells->i2Conn[0][0] = 40;
+    cells->i2Conn[1][0] = 20;
+    cells->i2Conn[2][0] = 30;
+    Faces *faces = GetCOM()->Faces;
+    faces->nMax = faces->nNum = 1;
+    faces->nNodesPerFace = 2;
+    faces->i1Type = AllocINT1D(nullptr, 1);
+    faces->i1Tag = AllocINT1D(nullptr, 1);
+    faces->i1NumNodes = AllocINT1D(nullptr, 1);
+    faces->i2Conn = AllocINT2D(nullptr, 2, 1);
+    faces->i1Type[0] = kS1D2;
+    faces->i1Tag[0] = 7;
+    faces->i1NumNodes[0] = 2;
+    faces->i2Conn[0][0] = 2;
+    faces->i2Conn[1][0] = 3;
+    const std::string log = Printed(MeshAll);
+    EXPECT_EQ(log.find("Error>"), std::string::npos) << log;
+    EXPECT_EQ(GetCOM()->Nodes->nNum, 3);
+    const int wanted[] = {2, 0, 1};
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_EQ(cells->i2Conn[k][0], wanted[k]);
+    }
+    ASSERT_EQ(faces->nNum, 1) << "no surface tags";
+    EXPECT_EQ(faces->i2Conn[0][0], 1);
+    EXPECT_EQ(faces->i2Conn[1][0], 2);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ kivom_test(frame_test)
 kivom_test(layers_test LINK kivom_core)
 target_compile_definitions(layers_test PRIVATE KIVOM_SOURCES="${PROJECT_SOURCE_DIR}")
 
-kivom_test(driver_test LINK kivom_core)
+kivom_test(driver_test LINK kivom_core kivom_fakesystem)
 target_compile_definitions(driver_test PRIVATE KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>")
 add_dependencies(driver_test KIVOm)
 

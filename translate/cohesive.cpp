@@ -2,9 +2,11 @@
 #include "translate/steps.h"
 
 #include "store/COM.h"
+#include "store/tags.h"
 #include "support/frame.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 namespace {
@@ -12,14 +14,8 @@ namespace {
 constexpr char kCohesivePrefix[] = "C_";
 
 bool IsCohesive(const GRcell *group) {
-    return std::strncmp(group->c1Name, kCohesivePrefix, 2) == 0;
+    return std::strncmp(group->c1Name, kCohesivePrefix, sizeof kCohesivePrefix - 1) == 0;
 }
-
-// The cohesive groups' tags, ascending.
-struct Tags {
-    int n;
-    int *tags;
-};
 
 // The newest group of a name stands for all of that name: COM_GetGRcellTagByName gives its tag. Asking it once per
 // group would compare every name with every other, so groups are sorted by name first. That needs names without
@@ -46,7 +42,7 @@ int CountCohesive(const GRcell *group) {
     return n;
 }
 
-void NewestTagsByName(const GRcell *groups, Tags *found, int nCohesive) {
+void NewestTagsByName(const GRcell *groups, SortedTags *found, int nCohesive) {
     auto *named = NewArray<NamedGroup>(nCohesive);
     int n = 0;
     for (const GRcell *group = groups; group != nullptr; group = group->next) {
@@ -67,9 +63,10 @@ void NewestTagsByName(const GRcell *groups, Tags *found, int nCohesive) {
     allocate(named, 0);
 }
 
-Tags CohesiveTags(const Mesh *mesh) {
+// The cohesive groups' tags.
+SortedTags CohesiveTags(const Mesh *mesh) {
     const int nCohesive = CountCohesive(mesh->GRcell);
-    Tags found{0, NewArray<int>(nCohesive)};
+    SortedTags found{0, NewArray<int>(nCohesive)};
     if (AnyBlank(mesh->GRcell)) {
         for (const GRcell *group = mesh->GRcell; group != nullptr; group = group->next) {
             if (IsCohesive(group)) {
@@ -79,17 +76,17 @@ Tags CohesiveTags(const Mesh *mesh) {
     } else {
         NewestTagsByName(mesh->GRcell, &found, nCohesive);
     }
-    std::sort(found.tags, found.tags + found.n);
+    SortTags(&found);
     return found;
 }
 
 // Marks the cells of cohesive groups; the number of node copies they need.
-long long MarkCells(const Mesh *mesh, Tags cohesive) {
+long long MarkCells(const Mesh *mesh, const SortedTags &cohesive) {
     const Cells *cells = mesh->Cells;
     std::fill_n(cells->i1Mark, cells->nNum, 0);
     long long copies = 0;
     for (int c = 0; c < cells->nNum && cohesive.n > 0; ++c) {
-        if (!std::binary_search(cohesive.tags, cohesive.tags + cohesive.n, cells->i1Tag[c])) {
+        if (FindTag(cohesive, cells->i1Tag[c]) == -1) {
             continue;
         }
         cells->i1Mark[c] = 1;
@@ -134,10 +131,10 @@ void SplitCohesiveCells(Mesh *mesh) {
     if (mesh->Cells->nNum == 0) {
         return;
     }
-    const Tags cohesive = CohesiveTags(mesh);
+    const SortedTags cohesive = CohesiveTags(mesh);
     const long long copies = MarkCells(mesh, cohesive);
-    allocate(cohesive.tags, 0);
-    if (copies > 0x7fffffff) {
+    AllocINT1D(cohesive.tags, 0);
+    if (copies > INT_MAX) {
         EndForTooMany();
     }
     if (copies > 0) {

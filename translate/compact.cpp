@@ -7,7 +7,7 @@ namespace {
 
 // Marks the nodes that a connectivity table names. -1 names none.
 void MarkUsed(int nNum, int nColumns, const int *i1NumNodes, int *const *i2Conn, int *mark) {
-    for (int k = 0; k < nColumns; ++k) {
+    for (int k = 0; k < nColumns && nNum > 0; ++k) {
         const int *conn = i2Conn[k];
         for (int e = 0; e < nNum; ++e) {
             if (k < i1NumNodes[e] && conn[e] >= 0) {
@@ -29,7 +29,7 @@ int NumberMarked(int nNum, int *mark) {
 }
 
 void Renumber(int nNum, int nColumns, const int *i1NumNodes, int *const *i2Conn, const int *position) {
-    for (int k = 0; k < nColumns; ++k) {
+    for (int k = 0; k < nColumns && nNum > 0; ++k) {
         int *conn = i2Conn[k];
         for (int e = 0; e < nNum; ++e) {
             if (k < i1NumNodes[e] && conn[e] >= 0) {
@@ -63,14 +63,14 @@ void DropUnusedNodes(Mesh *mesh) {
     const Cells *cells = mesh->Cells;
     const Faces *faces = mesh->Faces;
     std::fill_n(nodes->i1Mark, nodes->nNum, -1);
-    MarkUsed(faces->nNum, faces->nColumns, faces->i1NumNodes, faces->i2Conn, nodes->i1Mark);
-    MarkUsed(cells->nNum, cells->nColumns, cells->i1NumNodes, cells->i2Conn, nodes->i1Mark);
+    MarkUsed(faces->nNum, faces->nNodesPerFace, faces->i1NumNodes, faces->i2Conn, nodes->i1Mark);
+    MarkUsed(cells->nNum, cells->nNodesPerCell, cells->i1NumNodes, cells->i2Conn, nodes->i1Mark);
     const int kept = NumberMarked(nodes->nNum, nodes->i1Mark);
     if (kept == nodes->nNum) { // every node is where it was
         return;
     }
-    Renumber(cells->nNum, cells->nColumns, cells->i1NumNodes, cells->i2Conn, nodes->i1Mark);
-    Renumber(faces->nNum, faces->nColumns, faces->i1NumNodes, faces->i2Conn, nodes->i1Mark);
+    Renumber(cells->nNum, cells->nNodesPerCell, cells->i1NumNodes, cells->i2Conn, nodes->i1Mark);
+    Renumber(faces->nNum, faces->nNodesPerFace, faces->i1NumNodes, faces->i2Conn, nodes->i1Mark);
     MoveNodes(nodes);
     nodes->nNum = kept;
 }

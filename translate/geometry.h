@@ -2,7 +2,9 @@
 #ifndef KIVOM_TRANSLATE_GEOMETRY_H
 #define KIVOM_TRANSLATE_GEOMETRY_H
 
-#include "store/sys.h"
+#include "store/families.h"
+
+#include <cstddef>
 
 struct Point {
     double x, y, z;
@@ -20,37 +22,38 @@ inline double Dot(Point a, Point b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-// Corners of the families that the translation can measure.
-struct CornerColumns {
-    int nCorners;   // 3 or 4; 0 for a type that cannot be measured
-    int columns[4]; // of i2Conn, in ascending order
-    bool bQuadratic;
+// The cell in hand of a walk over all cells: neighbours are mostly of one family, whose columns are then at hand.
+struct CellInHand {
+    int type;                      // type code; 0 before the first cell, and none has it
+    const ElementFamily *family;   // null: the type cannot be measured
+    const int *conn[kMostCorners]; // columns of its corners; null where the table is not so wide
 };
 
-constexpr CornerColumns CornersOf(int type) {
-    switch (type) {
-    case kTRI3:
-        return {3, {0, 1, 2, 0}, false};
-    case kTRI6:
-        return {3, {0, 2, 4, 0}, true};
-    case kTET4:
-        return {4, {0, 1, 2, 3}, false};
-    case kTETX:
-        return {4, {0, 1, 2, 3}, true};
-    default:
-        return {0, {0, 0, 0, 0}, false};
+// Looks at the next cell. False when its type cannot be measured.
+inline bool LookAtCell(CellInHand *hand, const Cells *cells, int cell) {
+    if (cells->i1Type[cell] == hand->type) {
+        return hand->family != nullptr;
     }
+    hand->type = cells->i1Type[cell];
+    const ElementFamily *family = FamilyOf(hand->type);
+    hand->family = family != nullptr && family->corners.nCorners > 0 ? family : nullptr;
+    for (int i = 0; hand->family != nullptr && i < family->corners.nCorners; ++i) {
+        const int column = family->corners.columns[i];
+        hand->conn[i] = column < cells->nNodesPerCell ? cells->i2Conn[column] : nullptr;
+    }
+    return hand->family != nullptr;
 }
 
-// The cell's corner points into points[0..nCorners-1]. False when a corner is no node of the mesh (-1), or when the
-// cell has fewer nodes than its type: it then has no shape to measure.
-inline bool CornerPoints(const Nodes *nodes, const Cells *cells, int cell, const CornerColumns &corners,
-                         Point *points) {
-    if (cells->i1NumNodes[cell] <= corners.columns[corners.nCorners - 1]) {
+// The cell's corner points; the family in hand has nCorners of them. False when a corner is no node of the mesh (-1),
+// or when the cell has fewer nodes than its type: it then has no shape to measure.
+template <std::size_t nCorners>
+inline bool CornerPoints(const Nodes *nodes, const Cells *cells, int cell, const CellInHand &hand,
+                         Point (&points)[nCorners]) {
+    if (cells->i1NumNodes[cell] <= hand.family->corners.columns[nCorners - 1]) {
         return false;
     }
-    for (int i = 0; i < corners.nCorners; ++i) {
-        const int node = cells->i2Conn[corners.columns[i]][cell];
+    for (std::size_t i = 0; i < nCorners; ++i) {
+        const int node = hand.conn[i][cell];
         if (node < 0) {
             return false;
         }

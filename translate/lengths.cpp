@@ -7,6 +7,7 @@
 
 #include "translate/geometry.h"
 
+#include "store/tags.h"
 #include "support/frame.h"
 
 #include <algorithm>
@@ -21,45 +22,47 @@ constexpr double kQuadratic = 0.5;  // nodes of quadratic cells are half as far 
 
 // What one pass finds for the cells of one tag.
 struct TagResult {
-    int tag;
     bool bUnmeasurable; // one of its cells is of another type
     double smallest;
     double largest;
 };
 
-// Results of all tags that groups have, ascending by tag, each once.
+// Results of all tags that groups have.
 struct TagResults {
-    int n;
-    TagResult *results;
+    SortedTags tags;
+    TagResult *results; // [tags.n]
 };
 
 TagResults NewTagResults(const GRcell *groups, double smallest) {
-    int n = 0;
-    for (const GRcell *group = groups; group != nullptr; group = group->next) {
-        ++n;
-    }
-    auto *results = NewArray<TagResult>(n);
-    n = 0;
-    for (const GRcell *group = groups; group != nullptr; group = group->next) {
-        results[n++] = {group->iTag, false, smallest, 0};
-    }
-    std::sort(results, results + n, [](const TagResult &a, const TagResult &b) { return a.tag < b.tag; });
-    const TagResult *end =
-        std::unique(results, results + n, [](const TagResult &a, const TagResult &b) { return a.tag == b.tag; });
-    return {static_cast<int>(end - results), results};
+    const SortedTags tags = TagsOfGroups(groups);
+    auto *results = NewArray<TagResult>(tags.n);
+    std::fill_n(results, tags.n, TagResult{false, smallest, 0});
+    return {tags, results};
+}
+
+void ReleaseTagResults(const TagResults &all) {
+    AllocINT1D(all.tags.tags, 0);
+    allocate(all.results, 0);
 }
 
 // The tag's result, or null when no group has the tag.
 TagResult *ResultOf(const TagResults &all, int tag) {
-    TagResult *end = all.results + all.n;
-    TagResult *found =
-        std::lower_bound(all.results, end, tag, [](const TagResult &a, int wanted) { return a.tag < wanted; });
-    return found != end && found->tag == tag ? found : nullptr;
+    const int position = FindTag(all.tags, tag);
+    return position == -1 ? nullptr : &all.results[position];
 }
 
-// Calls measure(points, corners, result) for every cell that a group claims and that has all its corners.
+template <std::size_t nCorners, class Measure>
+void MeasureCell(const Mesh *mesh, int cell, const CellInHand &hand, Measure measure, TagResult *result) {
+    Point points[nCorners];
+    if (CornerPoints(mesh->Nodes, mesh->Cells, cell, hand, points)) {
+        measure(points, *hand.family, result);
+    }
+}
+
+// Calls measure(points, family, result) for every cell that a group claims and that has all its corners.
 template <class Measure> void MeasureCells(const Mesh *mesh, const TagResults &all, Measure measure) {
     const Cells *cells = mesh->Cells;
+    CellInHand hand{};
     TagResult *result = nullptr;
     for (int c = 0; c < cells->nNum; ++c) {
         if (c == 0 || cells->i1Tag[c] != cells->i1Tag[c - 1]) { // cells of one tag mostly follow one another
@@ -68,14 +71,12 @@ template <class Measure> void MeasureCells(const Mesh *mesh, const TagResults &a
         if (result == nullptr) {
             continue;
         }
-        const CornerColumns corners = CornersOf(cells->i1Type[c]);
-        if (corners.nCorners == 0) {
+        if (!LookAtCell(&hand, cells, c)) {
             result->bUnmeasurable = true;
-            continue;
-        }
-        Point points[4];
-        if (CornerPoints(mesh->Nodes, cells, c, corners, points)) {
-            measure(points, corners, result);
+        } else if (hand.family->corners.nCorners == 3) {
+            MeasureCell<3>(mesh, c, hand, measure, result);
+        } else {
+            MeasureCell<4>(mesh, c, hand, measure, result);
         }
     }
 }
@@ -88,21 +89,13 @@ void Raise(double *largest, double value) {
     *largest = value > *largest ? value : *largest;
 }
 
-double SquaredLength2D(Point a, Point b) {
-    const Point d = a - b;
-    return d.x * d.x + d.y * d.y;
-}
-
-double SquaredLength3D(Point a, Point b) {
-    return Dot(a - b, a - b);
-}
-
-// Squares of the cell's edge lengths. A correctly rounded root keeps order, so the root of the smallest square
-// is the smallest root, and one root per tag is enough.
-void MeasureEdges(const Point *p, const CornerColumns &corners, TagResult *result) {
-    for (int a = 0; a < corners.nCorners; ++a) {
-        for (int b = a + 1; b < corners.nCorners; ++b) {
-            const double squared = corners.nCorners == 3 ? SquaredLength2D(p[a], p[b]) : SquaredLength3D(p[a], p[b]);
+// Squares of the cell's edge lengths, of triangles in the x-y plane. A correctly rounded root keeps order, so the root
+// of the smallest square is the smallest root, and one root per tag is enough.
+template <std::size_t nCorners> void MeasureEdges(const Point (&p)[nCorners], TagResult *result) {
+    for (std::size_t a = 0; a < nCorners; ++a) {
+        for (std::size_t b = a + 1; b < nCorners; ++b) {
+            const Point d = p[a] - p[b];
+            const double squared = nCorners == 3 ? d.x * d.x + d.y * d.y : Dot(d, d);
             Lower(&result->smallest, squared);
             Raise(&result->largest, squared);
         }
@@ -128,19 +121,21 @@ double AltitudeOverPlane(Point p, Point q, Point r, Point s) {
     return std::fabs(Dot(normal, p - q)) / (std::sqrt(Dot(normal, normal)) + kTiny);
 }
 
-void MeasureAltitudes(const Point *p, const CornerColumns &corners, TagResult *result) {
+double SmallestAltitude(const Point (&p)[3]) {
     double smallest = HUGE_VAL; // not kNoMinimum: half of that would look like a length
-    if (corners.nCorners == 3) {
-        Lower(&smallest, AltitudeOverLine(p[0], p[1], p[2]));
-        Lower(&smallest, AltitudeOverLine(p[1], p[0], p[2]));
-        Lower(&smallest, AltitudeOverLine(p[2], p[0], p[1]));
-    } else {
-        Lower(&smallest, AltitudeOverPlane(p[0], p[1], p[2], p[3]));
-        Lower(&smallest, AltitudeOverPlane(p[1], p[0], p[2], p[3]));
-        Lower(&smallest, AltitudeOverPlane(p[2], p[0], p[1], p[3]));
-        Lower(&smallest, AltitudeOverPlane(p[3], p[0], p[1], p[2]));
-    }
-    Lower(&result->smallest, corners.bQuadratic ? kQuadratic * smallest : smallest);
+    Lower(&smallest, AltitudeOverLine(p[0], p[1], p[2]));
+    Lower(&smallest, AltitudeOverLine(p[1], p[0], p[2]));
+    Lower(&smallest, AltitudeOverLine(p[2], p[0], p[1]));
+    return smallest;
+}
+
+double SmallestAltitude(const Point (&p)[4]) {
+    double smallest = HUGE_VAL;
+    Lower(&smallest, AltitudeOverPlane(p[0], p[1], p[2], p[3]));
+    Lower(&smallest, AltitudeOverPlane(p[1], p[0], p[2], p[3]));
+    Lower(&smallest, AltitudeOverPlane(p[2], p[0], p[1], p[3]));
+    Lower(&smallest, AltitudeOverPlane(p[3], p[0], p[1], p[2]));
+    return smallest;
 }
 
 } // namespace
@@ -152,7 +147,8 @@ void CalLength(Mesh *mesh) {
         return;
     }
     const TagResults all = NewTagResults(mesh->GRcell, HUGE_VAL);
-    MeasureCells(mesh, all, MeasureEdges);
+    MeasureCells(mesh, all,
+                 [](const auto &points, const ElementFamily &, TagResult *result) { MeasureEdges(points, result); });
     for (GRcell *group = mesh->GRcell; group != nullptr; group = group->next) {
         const TagResult *result = ResultOf(all, group->iTag);
         if (result->bUnmeasurable) {
@@ -166,7 +162,7 @@ void CalLength(Mesh *mesh) {
         Lower(&mesh->Nodes->dMinEdge, group->dMinEdge);
         Raise(&mesh->Nodes->dMaxEdge, group->dMaxEdge);
     }
-    allocate(all.results, 0);
+    ReleaseTagResults(all);
 }
 
 void CalCharac(Mesh *mesh) {
@@ -175,7 +171,10 @@ void CalCharac(Mesh *mesh) {
         return;
     }
     const TagResults all = NewTagResults(mesh->GRcell, kNoMinimum);
-    MeasureCells(mesh, all, MeasureAltitudes);
+    MeasureCells(mesh, all, [](const auto &points, const ElementFamily &family, TagResult *result) {
+        const double smallest = SmallestAltitude(points);
+        Lower(&result->smallest, family.bQuadratic ? kQuadratic * smallest : smallest);
+    });
     for (GRcell *group = mesh->GRcell; group != nullptr; group = group->next) {
         const TagResult *result = ResultOf(all, group->iTag);
         if (result->bUnmeasurable) {
@@ -185,5 +184,5 @@ void CalCharac(Mesh *mesh) {
         group->dCharLen = result->smallest;
         Lower(&mesh->Nodes->dCharLen, group->dCharLen);
     }
-    allocate(all.results, 0);
+    ReleaseTagResults(all);
 }

@@ -12,19 +12,7 @@ namespace {
 // Nodes ascending by number. The reader has ordered them inside blocks and the blocks by their first numbers;
 // what is left to do is blocks that interleave. Marks and boundary flags are not moved: nothing has set them.
 void SortNodesByGID(int n, int *i1GID, int *i1Tag, double *d1X, double *d1Y, double *d1Z) {
-    if (n < 2) {
-        return;
-    }
-    auto *order = NewArray<int>(n);
-    if (OrderRows(n, i1GID, order)) {
-        auto *spare = NewArray<double>(n);
-        ReorderINT(n, i1Tag, order, reinterpret_cast<int *>(spare));
-        ReorderDBL(n, d1X, order, spare);
-        ReorderDBL(n, d1Y, order, spare);
-        ReorderDBL(n, d1Z, order, spare);
-        AllocDBL1D(spare, 0);
-    }
-    AllocINT1D(order, 0);
+    OrderNodes(n, i1GID, i1Tag, d1X, d1Y, d1Z);
 }
 
 // Column k of the connectivity from numbers to positions; how many name no node.
@@ -44,7 +32,7 @@ void ResolveConnectivity(Mesh *mesh) {
     IDIndex index;
     BuildIDIndex(&index, mesh->Nodes->nNum, mesh->Nodes->i1GID);
     long long missing = 0;
-    for (int k = 0; k < mesh->Cells->nColumns; ++k) {
+    for (int k = 0; k < mesh->Cells->nNodesPerCell && mesh->Cells->nNum > 0; ++k) {
         missing += ResolveColumn(mesh->Cells, k, &index);
     }
     ReleaseIDIndex(&index);

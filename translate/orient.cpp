@@ -12,43 +12,28 @@ namespace {
 // no orientation to mend.
 constexpr double kSmallestMeasure = 1e-10;
 
-// Twice the signed area; z is not looked at.
-double TriangleMeasure(const Point *p) {
+// Twice the signed area of a triangle; z is not looked at.
+double Measure(const Point (&p)[3]) {
     return (p[1].x - p[0].x) * (p[2].y - p[0].y) - (p[2].x - p[0].x) * (p[1].y - p[0].y);
 }
 
-// Six times the signed volume.
-double TetrahedronMeasure(const Point *p) {
+// Six times the signed volume of a tetrahedron.
+double Measure(const Point (&p)[4]) {
     return Dot(Cross(p[1] - p[0], p[2] - p[0]), p[3] - p[0]);
-}
-
-void SwapColumns(const Cells *cells, int cell, int a, int b) {
-    std::swap(cells->i2Conn[a][cell], cells->i2Conn[b][cell]);
 }
 
 // Exchanges two corners, the mid-side nodes that then lie between other corners, and the tags of the two faces
 // opposite the exchanged corners.
-void Turn(const Cells *cells, int cell) {
-    switch (cells->i1Type[cell]) {
-    case kTRI6: // corners 2 and 4 with the mid-side nodes next to corner 0; 3 stays between the two
-        SwapColumns(cells, cell, 2, 4);
-        SwapColumns(cells, cell, 1, 5);
-        break;
-    case kTETX: // corners 1 and 2; edges 0-1 and 2-0, 1-3 and 2-3; edges 1-2 and 0-3 stay
-        SwapColumns(cells, cell, 1, 2);
-        SwapColumns(cells, cell, 4, 6);
-        SwapColumns(cells, cell, 8, 9);
-        break;
-    default: // TRI3, TET4
-        SwapColumns(cells, cell, 1, 2);
-        break;
+void Turn(const Cells *cells, int cell, const TurnRound &turn) {
+    for (int i = 0; i < turn.nSwaps; ++i) {
+        std::swap(cells->i2Conn[turn.swaps[i][0]][cell], cells->i2Conn[turn.swaps[i][1]][cell]);
     }
-    std::swap(cells->i2FaceTag[1][cell], cells->i2FaceTag[2][cell]);
+    std::swap(cells->i2FaceTag[turn.slots[0]][cell], cells->i2FaceTag[turn.slots[1]][cell]);
 }
 
-bool RunsTheWrongWay(const Point *points, int nCorners) {
-    const double measure = nCorners == 3 ? TriangleMeasure(points) : TetrahedronMeasure(points);
-    return measure < kSmallestMeasure; // false for NaN
+template <std::size_t nCorners> bool RunsTheWrongWay(const Mesh *mesh, int cell, const CellInHand &hand) {
+    Point points[nCorners];
+    return CornerPoints(mesh->Nodes, mesh->Cells, cell, hand, points) && Measure(points) < kSmallestMeasure; // NaN: no
 }
 
 } // namespace
@@ -56,15 +41,15 @@ bool RunsTheWrongWay(const Point *points, int nCorners) {
 void ChckCellsOrde(Mesh *mesh) {
     const Cells *cells = mesh->Cells;
     int corrected = 0;
+    CellInHand hand{};
     for (int c = 0; c < cells->nNum; ++c) {
-        const CornerColumns corners = CornersOf(cells->i1Type[c]);
-        if (corners.nCorners == 0) {
+        if (!LookAtCell(&hand, cells, c)) {
             std::printf("\n  Error> Undesirable cell type detected in ChckCellsOrde.\n");
             return;
         }
-        Point points[4];
-        if (CornerPoints(mesh->Nodes, cells, c, corners, points) && RunsTheWrongWay(points, corners.nCorners)) {
-            Turn(cells, c);
+        if (hand.family->corners.nCorners == 3 ? RunsTheWrongWay<3>(mesh, c, hand)
+                                               : RunsTheWrongWay<4>(mesh, c, hand)) {
+            Turn(cells, c, hand.family->turn);
             ++corrected;
         }
     }
