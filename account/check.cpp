@@ -137,6 +137,30 @@ bool IsOfFile(Code code) {
            code == Code::includeElsewhere || code == Code::unreadable;
 }
 
+bool IsOfMembers(Code code) {
+    return code == Code::missingMember || code == Code::emptySet || code == Code::emptySurface ||
+           code == Code::setWithoutGroup || code == Code::unknownLabel;
+}
+
+// A deck that has not even a keyword line of elements, and nothing that could hide one.
+void AccountEmptyDeck(Account *account) {
+    const auto isOfElements = [](const deck::Card &card) {
+        return card.keyword == deck::Keyword::element || card.keyword == deck::Keyword::elgen ||
+               card.keyword == deck::Keyword::elcopy;
+    };
+    const bool empty = std::none_of(account->deck.cards.begin(), account->deck.cards.end(), isOfElements) &&
+                       account->deck.readable && !ElementsMayBeMissing(*account);
+    if (!empty) {
+        return;
+    }
+    const auto follows = [](const Finding &finding) {
+        return IsOfMembers(finding.code) || finding.code == Code::emptyDeck;
+    };
+    account->findings.erase(std::remove_if(account->findings.begin(), account->findings.end(), follows),
+                            account->findings.end());
+    Add(account, Code::emptyDeck, {0, 0, 0});
+}
+
 // Leaves out what only follows: of two findings about a row the one that tells more stays.
 void DropFollowing(Account *account) {
     std::vector<int> toldLines; // of findings that say that a row or a section is lost
@@ -226,6 +250,7 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
     TakeDeckFindings(&account, deck->findings);
     TakeDeckFindings(&account, account.mesh.findings);
     DropFollowing(&account);
+    AccountEmptyDeck(&account);
     report->meaning = SumUpMeaning(account);
     report->reading = SumUpReading(account);
     report->findings = std::move(account.findings);

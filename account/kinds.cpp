@@ -376,7 +376,7 @@ const FindingKind kKinds[kCodes] = {
  PLATE_NODES "*Element, type=CPS3, elset=Plate\n1, 1, 2, 3, 4\n2, 1, 3, 4\n",
  "See whether the type is right."},
 {Code::missingNode, "missing-node", Level::error,
- "element %1 names node %2, which the deck does not define",
+ "%n elements name nodes that the deck does not define: element %1 names node %2",
  "The translator keeps the element and writes -1 for the node. No solver can use such a mesh.",
  PLATE "*Element, type=CPS3, elset=More\n3, 1, 3, 77\n",
  "Define the node."},

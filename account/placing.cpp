@@ -102,11 +102,24 @@ std::string PlacedName(const deck::Mesh &mesh, int placed) {
     return part.name.empty() ? "the deck itself" : part.name;
 }
 
-// The keyword line of the part (or of the instance that holds the rows itself).
-deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed) {
-    const int scope = placed.part > 0 ? placed.part : placed.own;
-    const int card = scope >= 0 ? account.deck.scopes[static_cast<std::size_t>(scope)].card : -1;
-    return card >= 0 ? PlaceOf(account, card) : PlaceOfLine(1);
+// Whether rows of nodes or elements stand in the scope.
+bool HasRows(const Account &account, int scope) {
+    if (scope < 0) {
+        return false;
+    }
+    const deck::Scope &at = account.deck.scopes[static_cast<std::size_t>(scope)];
+    return !at.nodes.sections.empty() || !at.elements.sections.empty();
+}
+
+// The keyword line of the part (or of the instance that holds the rows itself); of the deck itself that of its first
+// nodes, or elements.
+deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed, bool nodes) {
+    if (placed.part == 0) {
+        const deck::Scope &root = account.deck.scopes[0];
+        return PlaceOf(account, nodes ? root.nodes.sections[0].card : root.elements.sections[0].card);
+    }
+    const int scope = HasRows(account, placed.part) ? placed.part : placed.own;
+    return PlaceOf(account, account.deck.scopes[static_cast<std::size_t>(scope)].card);
 }
 
 // The numbers that the reader holds of a section in a part without instance.
@@ -142,6 +155,20 @@ void AddNumbersWithoutInstance(const Account &account, std::vector<Numbered> *no
     }
 }
 
+// The numbers of a run whose section the reader holds.
+template <class Run, class Sections>
+void AddHeld(const Account &account, const Run &run, const Sections &sections, const std::vector<int> &column,
+             std::vector<Numbered> *numbers) {
+    const auto &section = sections[static_cast<std::size_t>(run.section)];
+    if (account.placedHeld[static_cast<std::size_t>(run.placed)] == 0 || section.file != 0 ||
+        account.cards[static_cast<std::size_t>(section.card)].state != CardState::held) {
+        return;
+    }
+    for (std::size_t i = run.first; i < run.first + run.count; ++i) {
+        numbers->push_back({column[i], run.placed});
+    }
+}
+
 void AccountClashes(Account *account) {
     const deck::Mesh &mesh = account->mesh;
     std::vector<Numbered> nodes;
@@ -151,17 +178,13 @@ void AccountClashes(Account *account) {
     if (nHeld <= 1 && nodes.empty() && elements.empty()) {
         return;
     }
-    for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
-        const deck::Placed &placed = mesh.placed[p];
-        if (account->placedHeld[p] == 0) {
-            continue;
-        }
-        for (std::size_t i = placed.firstNode; i < placed.firstNode + placed.nNodes; ++i) {
-            nodes.push_back({mesh.nodeNumber[i], static_cast<int>(p)});
-        }
-        for (std::size_t i = placed.firstElement; i < placed.firstElement + placed.nElements; ++i) {
-            elements.push_back({mesh.elementNumber[i], static_cast<int>(p)});
-        }
+    for (const deck::NodeRun &run : mesh.nodeRuns) {
+        const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(run.scope)];
+        AddHeld(*account, run, scope.nodes.sections, mesh.nodeNumber, &nodes);
+    }
+    for (const deck::ElementRun &run : mesh.elementRuns) {
+        const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(run.scope)];
+        AddHeld(*account, run, scope.elements.sections, mesh.elementNumber, &elements);
     }
     const std::vector<Clash> ofNodes = FindClashes(&nodes, mesh.placed.size(), &account->clashingNodes);
     const std::vector<Clash> ofElements = FindClashes(&elements, mesh.placed.size(), &account->clashingElements);
@@ -169,7 +192,7 @@ void AccountClashes(Account *account) {
         const long long count = ofNodes[p].count + ofElements[p].count;
         if (count > 0) {
             const int with = ofNodes[p].count > 0 ? ofNodes[p].with : ofElements[p].with;
-            Add(account, Code::numberClash, PlaceOfPlaced(*account, mesh.placed[p]),
+            Add(account, Code::numberClash, PlaceOfPlaced(*account, mesh.placed[p], ofNodes[p].count > 0),
                 {std::to_string(ofNodes[p].count), std::to_string(ofElements[p].count),
                  PlacedName(mesh, static_cast<int>(p)), PlacedName(mesh, with)},
                 count);
@@ -216,7 +239,8 @@ void AccountGenerators(Account *account) {
     }
 }
 
-// The reader has the rows of a part once, where they stand. They count for the first instance of the part.
+// The reader has the rows of a part once, where they stand. They count for the first instance of the part. An instance
+// of an empty part brings rows of its own.
 void AccountInstances(Account *account) {
     const deck::Mesh &mesh = account->mesh;
     account->placedHeld.assign(mesh.placed.size(), 1);
@@ -227,8 +251,9 @@ void AccountInstances(Account *account) {
             continue;
         }
         const deck::Instance &instance = account->deck.instances[static_cast<std::size_t>(placed.instance)];
-        const bool again = placed.part > 0 && partSeen[static_cast<std::size_t>(placed.part)] != 0;
-        if (placed.part > 0) {
+        const bool ofPart = placed.part > 0 && HasRows(*account, placed.part);
+        const bool again = ofPart && partSeen[static_cast<std::size_t>(placed.part)] != 0;
+        if (ofPart) {
             partSeen[static_cast<std::size_t>(placed.part)] = 1;
         }
         account->placedHeld[p] = again ? 0 : 1;
