@@ -26,6 +26,9 @@ target_compile_definitions(account_findings_test PRIVATE
   KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
 add_dependencies(account_findings_test KIVOm)
 
+kivom_test(account_decks_test LINK kivom_account kivom_deck kivom_core kivom_system)
+target_compile_definitions(account_decks_test PRIVATE KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
+
 # The second program, where it is built.
 if(TARGET kivodeck)
   kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
