@@ -79,10 +79,11 @@ struct Account {
 
     std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
-    std::unique_ptr<HeldNodes> heldNodes; // after Reading::Resolve
-    CellIndex cells;                      // likewise
-    std::vector<int> repeatedNodes; // numbers of nodes that are given several times, ascending
-    std::vector<char> nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
+    std::unique_ptr<HeldNodes> heldNodes;             // after Reading::Resolve
+    CellIndex cells;                                  // likewise
+    std::vector<int> repeatedNodes;                   // numbers of nodes that are given several times, ascending
+    std::vector<char>
+        nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
     std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
     std::vector<const deck::Finding *> told;    // the deck's own findings there, by line

@@ -109,7 +109,8 @@ struct TaggedSets {
 };
 
 // Nodes that carry the set's tag though the deck does not mean them, where nothing that has been told explains it.
-void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, long long nHeld, const TaggedSets &tagged) {
+void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, long long nHeld,
+                   const TaggedSets &tagged) {
     long long nTagged = 0;
     for (const ABQSet *record : held.records) {
         nTagged += tagged.counts[static_cast<std::size_t>(record->tag)];
