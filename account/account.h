@@ -87,6 +87,7 @@ struct Account {
 
     std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
     std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
+    bool mayBeMissing = false; // the deck lacks something that elements may stand in: what none uses says nothing then
 
     Account(deck::Deck &d, Reading &r) : deck(d), reading(r) {}
 };
@@ -120,9 +121,6 @@ bool HoldsRow(const Account &account, int card, int file, int line);
 
 bool HoldsNode(const Account &account, int node);
 bool HoldsElement(const Account &account, int element);
-
-// True when the deck lacks something that elements may have stood in: what no element uses says nothing then.
-bool ElementsMayBeMissing(const Account &account);
 
 std::string NumberText(double value);
 

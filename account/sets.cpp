@@ -67,7 +67,7 @@ struct Fate {
 
 Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
     Fate fate;
-    const bool tellUnused = !ElementsMayBeMissing(*account) && !account->mesh.elementNumber.empty();
+    const bool tellUnused = !account->mayBeMissing && !account->mesh.elementNumber.empty();
     for (const int node : set.members) {
         const auto at = static_cast<std::size_t>(node);
         const int number = account->mesh.nodeNumber[at];
@@ -117,7 +117,7 @@ void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, lo
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || !account->clashingNodes.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || !account->clashingNodes.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last) ||
                            DeckSays(*account, deck::Code::numberRange, first, last);
@@ -194,7 +194,7 @@ void AccountNodeSets(Account *account) {
 }
 
 // Names of element sets that rows of surfaces, other sets or groups make use of.
-std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope) {
+std::set<std::string> UsedNames(const deck::Scope &scope) {
     std::set<std::string> used(scope.surfaces.names.begin(), scope.surfaces.names.end());
     used.insert(scope.elementSets.names.begin(), scope.elementSets.names.end());
     for (const deck::ElementSection &section : scope.elements.sections) {
@@ -203,13 +203,16 @@ std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope
     for (const SetSection &section : scope.nodeSets.sections) {
         used.insert(section.sourceName);
     }
-    static_cast<void>(account);
     return used;
 }
 
 void AccountElementSets(Account *account) {
     const ByLine<ABQSet> byLine(ABQDeck()->cellSets);
     std::map<int, std::set<std::string>> usedOf;
+    std::set<std::string> ofRoot; // from outside a part its sets are called INSTANCE.NAME
+    for (const std::string &name : UsedNames(account->deck.scopes[0])) {
+        ofRoot.insert(name.substr(name.find('.') + 1));
+    }
     for (const MeshSet &set : account->mesh.elementSets) {
         const HeldSet held = FindRecords(*account, set, byLine, false);
         if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0 || held.records.empty()) {
@@ -218,16 +221,12 @@ void AccountElementSets(Account *account) {
         const deck::Place place = PlaceOf(*account, held.cards.front());
         const int scope = set.origins.front().scope;
         if (usedOf.count(scope) == 0) {
-            usedOf[scope] = UsedNames(*account, account->deck.scopes[static_cast<std::size_t>(scope)]);
-            const std::set<std::string> ofRoot = UsedNames(*account, account->deck.scopes[0]);
-            for (const std::string &name : ofRoot) {
-                usedOf[scope].insert(name.substr(name.find('.') + 1));
-            }
+            usedOf[scope] = UsedNames(account->deck.scopes[static_cast<std::size_t>(scope)]);
         }
         if (set.members.empty() && held.whole &&
             !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
             Add(account, Code::emptySet, place, {"element set", set.plain});
-        } else if (usedOf[scope].count(set.plain) == 0) {
+        } else if (usedOf[scope].count(set.plain) == 0 && ofRoot.count(set.plain) == 0) {
             Add(account, Code::setWithoutGroup, place, {set.plain});
         }
     }
