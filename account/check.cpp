@@ -149,7 +149,7 @@ void AccountEmptyDeck(Account *account) {
                card.keyword == deck::Keyword::elcopy;
     };
     const bool empty = std::none_of(account->deck.cards.begin(), account->deck.cards.end(), isOfElements) &&
-                       account->deck.readable && !ElementsMayBeMissing(*account);
+                       account->deck.readable && !account->mayBeMissing;
     if (!empty) {
         return;
     }

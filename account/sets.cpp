@@ -67,7 +67,7 @@ struct Fate {
 
 Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
     Fate fate;
-    const bool tellUnused = !ElementsMayBeMissing(*account) && !account->mesh.elementNumber.empty();
+    const bool tellUnused = !account->mayBeMissing && !account->mesh.elementNumber.empty();
     for (const int node : set.members) {
         const auto at = static_cast<std::size_t>(node);
         const int number = account->mesh.nodeNumber[at];
@@ -109,14 +109,15 @@ struct TaggedSets {
 };
 
 // Nodes that carry the set's tag though the deck does not mean them, where nothing that has been told explains it.
-void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, long long nHeld, const TaggedSets &tagged) {
+void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, long long nHeld,
+                   const TaggedSets &tagged) {
     long long nTagged = 0;
     for (const ABQSet *record : held.records) {
         nTagged += tagged.counts[static_cast<std::size_t>(record->tag)];
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || !account->clashingNodes.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || !account->clashingNodes.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last) ||
                            DeckSays(*account, deck::Code::numberRange, first, last);
@@ -211,6 +212,10 @@ std::set<std::string> UsedNames(const deck::Scope &scope) {
 void AccountElementSets(Account *account) {
     const ByLine<ABQSet> byLine(ABQDeck()->cellSets);
     std::map<int, std::set<std::string>> usedOf;
+    std::set<std::string> ofRoot; // from outside a part its sets are called INSTANCE.NAME
+    for (const std::string &name : UsedNames(account->deck.scopes[0])) {
+        ofRoot.insert(name.substr(name.find('.') + 1));
+    }
     for (const MeshSet &set : account->mesh.elementSets) {
         const HeldSet held = FindRecords(*account, set, byLine, false);
         if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0 || held.records.empty()) {
@@ -220,15 +225,11 @@ void AccountElementSets(Account *account) {
         const int scope = set.origins.front().scope;
         if (usedOf.count(scope) == 0) {
             usedOf[scope] = UsedNames(account->deck.scopes[static_cast<std::size_t>(scope)]);
-            const std::set<std::string> ofRoot = UsedNames(account->deck.scopes[0]);
-            for (const std::string &name : ofRoot) {
-                usedOf[scope].insert(name.substr(name.find('.') + 1));
-            }
         }
         if (set.members.empty() && held.whole &&
             !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
             Add(account, Code::emptySet, place, {"element set", set.plain});
-        } else if (usedOf[scope].count(set.plain) == 0) {
+        } else if (usedOf[scope].count(set.plain) == 0 && ofRoot.count(set.plain) == 0) {
             Add(account, Code::setWithoutGroup, place, {set.plain});
         }
     }

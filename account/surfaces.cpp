@@ -197,7 +197,7 @@ void TellStrangers(Account *account, const MeshSurface &surface, const HeldSurfa
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || !account->clashingElements.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || !account->clashingElements.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::unknownLabel, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last);
