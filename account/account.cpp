@@ -56,6 +56,28 @@ const deck::Finding *FindOnLines(const std::vector<const deck::Finding *> &sorte
     return nullptr;
 }
 
+// Findings that tell of rows, sections or files which the deck means and which are not there.
+bool TellsOfLoss(const deck::Finding &finding) {
+    switch (finding.code) {
+    case deck::Code::includeMissing:
+    case deck::Code::includeCycle:
+    case deck::Code::includeEncrypted:
+    case deck::Code::misspelt:
+    case deck::Code::misspeltParameter:
+    case deck::Code::missingParameter:
+    case deck::Code::badNumber:
+    case deck::Code::numberRange:
+    case deck::Code::fewerNodes:
+    case deck::Code::uncertain:
+    case deck::Code::generatorEnds:
+    case deck::Code::tooMany:
+    case deck::Code::unknownPart:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 void Add(Account *account, Code code, deck::Place place, std::vector<std::string> words, long long count) {
@@ -94,6 +116,8 @@ void SortWhatDeckSays(Account *account) {
     collect(&account->remarks, account->deck.remarks);
     collect(&account->told, account->deck.findings);
     collect(&account->told, account->mesh.findings);
+    account->mayBeMissing = std::any_of(account->deck.findings.begin(), account->deck.findings.end(), TellsOfLoss) ||
+                            std::any_of(account->mesh.findings.begin(), account->mesh.findings.end(), TellsOfLoss);
 }
 
 const deck::Finding *RemarkOn(const Account &account, int card, deck::Code code) {
@@ -148,31 +172,6 @@ bool HoldsElement(const Account &account, int element) {
     return account.placedHeld[static_cast<std::size_t>(run.placed)] != 0 &&
            HoldsRow(account, section.card, section.file, account.mesh.elementLine[at]) &&
            !Contains(account.clashingElements, account.mesh.elementNumber[at]);
-}
-
-bool ElementsMayBeMissing(const Account &account) {
-    const auto loses = [](const deck::Finding &finding) {
-        switch (finding.code) {
-        case deck::Code::includeMissing:
-        case deck::Code::includeCycle:
-        case deck::Code::includeEncrypted:
-        case deck::Code::misspelt:
-        case deck::Code::misspeltParameter:
-        case deck::Code::missingParameter:
-        case deck::Code::badNumber:
-        case deck::Code::numberRange:
-        case deck::Code::fewerNodes:
-        case deck::Code::uncertain:
-        case deck::Code::generatorEnds:
-        case deck::Code::tooMany:
-        case deck::Code::unknownPart:
-            return true;
-        default:
-            return false;
-        }
-    };
-    return std::any_of(account.deck.findings.begin(), account.deck.findings.end(), loses) ||
-           std::any_of(account.mesh.findings.begin(), account.mesh.findings.end(), loses);
 }
 
 std::string NumberText(double value) {

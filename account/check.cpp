@@ -26,8 +26,9 @@ class TwiceJudge {
         std::sort(byLine_.begin(), byLine_.end());
     }
 
-    // The code for the definition of that line, or false when a later one counts.
-    bool Judge(int line, Code *code) const {
+    // The code for that definition, or false when a later one counts.
+    bool Judge(const deck::Finding &finding, Code *code) const {
+        const int line = finding.place.line;
         const auto found = std::lower_bound(byLine_.begin(), byLine_.end(), std::make_pair(line, std::size_t{0}));
         if (found == byLine_.end() || found->first != line) {
             return false;
@@ -37,7 +38,9 @@ class TwiceJudge {
         const bool right = node.block != nullptr && node.block->d1X[node.row] == mesh_.x[i] &&
                            node.block->d1Y[node.row] == mesh_.y[i] && node.block->d1Z[node.row] == mesh_.z[i] &&
                            (node.block->i1Tag[node.row] != 0 || !IsTagged(mesh_.nodeNumber[i]));
-        *code = right ? Code::nodeRepeated : Code::nodeTwice;
+        *code = !right                                  ? Code::nodeTwice
+                : finding.code == deck::Code::nodeTwice ? Code::nodeRedefined
+                                                        : Code::nodeRepeated;
         return true;
     }
 
@@ -61,6 +64,22 @@ class TwiceJudge {
     std::vector<std::pair<int, std::size_t>> byLine_;
 };
 
+// Elements that the reader holds of the part with that keyword line.
+long long CountHeld(const Account &account, const deck::Place &place) {
+    long long count = 0;
+    for (const deck::Scope &scope : account.deck.scopes) {
+        if (scope.card == -1 || PlaceOf(account, scope.card).file != place.file ||
+            PlaceOf(account, scope.card).line != place.line) {
+            continue;
+        }
+        for (const deck::ElementSection &section : scope.elements.sections) {
+            const bool held = account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+            count += held && section.file == 0 ? static_cast<long long>(section.count) : 0;
+        }
+    }
+    return count;
+}
+
 // What the deck itself has to say becomes part of the report. Without a file that it needs, what is missing in the rest
 // says nothing.
 void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findings) {
@@ -78,8 +97,13 @@ void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findin
             continue;
         }
         account->findings.push_back(FromDeck(finding));
-        if (isTwice(finding) && !judge->Judge(finding.place.line, &account->findings.back().code)) {
+        if (isTwice(finding) && !judge->Judge(finding, &account->findings.back().code)) {
             account->findings.pop_back();
+        }
+        const long long held = finding.code == deck::Code::partUnused ? CountHeld(*account, finding.place) : 0;
+        if (held > 0) {
+            account->findings.back().code = Code::partHeld;
+            account->findings.back().count = held;
         }
     }
 }
@@ -107,6 +131,36 @@ void NoteRepeatedNodes(Account *account) {
     std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
 }
 
+// What a file that is passed over as a whole says of itself counts all the same.
+bool IsOfFile(Code code) {
+    return code == Code::includeMissing || code == Code::includeCycle || code == Code::includeEncrypted ||
+           code == Code::includeElsewhere || code == Code::unreadable;
+}
+
+bool IsOfMembers(Code code) {
+    return code == Code::missingMember || code == Code::emptySet || code == Code::emptySurface ||
+           code == Code::setWithoutGroup || code == Code::unknownLabel;
+}
+
+// A deck that has not even a keyword line of elements, and nothing that could hide one.
+void AccountEmptyDeck(Account *account) {
+    const auto isOfElements = [](const deck::Card &card) {
+        return card.keyword == deck::Keyword::element || card.keyword == deck::Keyword::elgen ||
+               card.keyword == deck::Keyword::elcopy;
+    };
+    const bool empty = std::none_of(account->deck.cards.begin(), account->deck.cards.end(), isOfElements) &&
+                       account->deck.readable && !account->mayBeMissing;
+    if (!empty) {
+        return;
+    }
+    const auto follows = [](const Finding &finding) {
+        return IsOfMembers(finding.code) || finding.code == Code::emptyDeck;
+    };
+    account->findings.erase(std::remove_if(account->findings.begin(), account->findings.end(), follows),
+                            account->findings.end());
+    Add(account, Code::emptyDeck, {0, 0, 0});
+}
+
 // Leaves out what only follows: of two findings about a row the one that tells more stays.
 void DropFollowing(Account *account) {
     std::vector<int> toldLines; // of findings that say that a row or a section is lost
@@ -119,6 +173,9 @@ void DropFollowing(Account *account) {
     }
     std::sort(toldLines.begin(), toldLines.end());
     const auto follows = [&](const Finding &finding) {
+        if (finding.place.file > 0 && account->passedOver[static_cast<std::size_t>(finding.place.file)] != 0) {
+            return !IsOfFile(finding.code);
+        }
         const int line = finding.place.line;
         const bool told = finding.place.file == 0 && std::binary_search(toldLines.begin(), toldLines.end(), line);
         switch (finding.code) {
@@ -193,6 +250,7 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
     TakeDeckFindings(&account, deck->findings);
     TakeDeckFindings(&account, account.mesh.findings);
     DropFollowing(&account);
+    AccountEmptyDeck(&account);
     report->meaning = SumUpMeaning(account);
     report->reading = SumUpReading(account);
     report->findings = std::move(account.findings);

@@ -242,7 +242,7 @@ void AccountLines(Account *account) {
 } // namespace
 
 void AccountUnusedNodes(Account *account) {
-    if (ElementsMayBeMissing(*account) || account->mesh.elementNumber.empty()) {
+    if (account->mayBeMissing || account->mesh.elementNumber.empty()) {
         return;
     }
     const Mesh &mesh = account->mesh;

@@ -31,8 +31,12 @@ class HeldNodes {
     int TagOf(int number) const;
 
     // All numbers, ascending; those that repeat stand there as often as they are given.
-    const std::vector<int> &numbers() const { return numbers_; }
-    int PositionOf(int number) const { return FindIDByIndex(&index_, number); }
+    const std::vector<int> &numbers() const {
+        return numbers_;
+    }
+    int PositionOf(int number) const {
+        return FindIDByIndex(&index_, number);
+    }
 
   private:
     std::vector<const ABQNodeBlock *> blocks_;

@@ -1,5 +1,6 @@
 // What the reader passes over on the way from rows to a mesh: included files, generators, instances.
 #include "account/account.h"
+#include "account/records.h"
 
 #include <algorithm>
 
@@ -60,6 +61,8 @@ bool IsGenerator(Keyword keyword, Code *code) {
     }
 }
 
+constexpr int kNoInstance = -1; // Numbered::placed of what stands in a part without instance
+
 struct Numbered {
     int number;
     int placed;
@@ -81,9 +84,11 @@ std::vector<Clash> FindClashes(std::vector<Numbered> *numbers, std::size_t nPlac
         const Numbered &a = (*numbers)[i - 1];
         const Numbered &b = (*numbers)[i];
         if (a.number == b.number && a.placed != b.placed) {
-            Clash &clash = clashes[static_cast<std::size_t>(b.placed)];
-            clash.with = clash.with == -1 ? a.placed : clash.with;
-            ++clash.count;
+            if (a.placed != kNoInstance) { // else the part without instance is what is told
+                Clash &clash = clashes[static_cast<std::size_t>(b.placed)];
+                clash.with = clash.with == -1 ? a.placed : clash.with;
+                ++clash.count;
+            }
             if (clashing->empty() || clashing->back() != a.number) {
                 clashing->push_back(a.number);
             }
@@ -97,28 +102,89 @@ std::string PlacedName(const deck::Mesh &mesh, int placed) {
     return part.name.empty() ? "the deck itself" : part.name;
 }
 
-// The keyword line of the part (or of the instance that holds the rows itself).
-deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed) {
-    const int scope = placed.part > 0 ? placed.part : placed.own;
-    const int card = scope >= 0 ? account.deck.scopes[static_cast<std::size_t>(scope)].card : -1;
-    return card >= 0 ? PlaceOf(account, card) : PlaceOfLine(1);
+// Whether rows of nodes or elements stand in the scope.
+bool HasRows(const Account &account, int scope) {
+    if (scope < 0) {
+        return false;
+    }
+    const deck::Scope &at = account.deck.scopes[static_cast<std::size_t>(scope)];
+    return !at.nodes.sections.empty() || !at.elements.sections.empty();
+}
+
+// The keyword line of the part (or of the instance that holds the rows itself); of the deck itself that of its first
+// nodes, or elements.
+deck::Place PlaceOfPlaced(const Account &account, const deck::Placed &placed, bool nodes) {
+    if (placed.part == 0) {
+        const deck::Scope &root = account.deck.scopes[0];
+        return PlaceOf(account, nodes ? root.nodes.sections[0].card : root.elements.sections[0].card);
+    }
+    const int scope = HasRows(account, placed.part) ? placed.part : placed.own;
+    return PlaceOf(account, account.deck.scopes[static_cast<std::size_t>(scope)].card);
+}
+
+// The numbers that the reader holds of a section in a part without instance.
+template <class Record, class Sections>
+void AddNumbers(const Account &account, const ByLine<Record> &records, const Sections &sections,
+                std::vector<Numbered> *numbers) {
+    for (const auto &section : sections) {
+        const CardUse &use = account.cards[static_cast<std::size_t>(section.card)];
+        const Record *record =
+            use.state == CardState::held && !section.continued ? records.Find(use.readLine) : nullptr;
+        for (int i = 0; record != nullptr && i < record->count; ++i) {
+            numbers->push_back({record->i1GID[i], kNoInstance});
+        }
+    }
+}
+
+void AddNumbersWithoutInstance(const Account &account, std::vector<Numbered> *nodes, std::vector<Numbered> *elements) {
+    std::vector<char> isPlaced(account.deck.scopes.size(), 0);
+    for (const deck::Placed &placed : account.mesh.placed) {
+        for (const int scope : {placed.part, placed.own}) {
+            if (scope >= 0) {
+                isPlaced[static_cast<std::size_t>(scope)] = 1;
+            }
+        }
+    }
+    const ByLine<ABQNodeBlock> nodeBlocks(ABQDeck()->nodeBlocks);
+    const ByLine<ABQCellBlock> cellBlocks(ABQDeck()->cellBlocks);
+    for (std::size_t s = 1; s < isPlaced.size(); ++s) {
+        if (isPlaced[s] == 0) {
+            AddNumbers(account, nodeBlocks, account.deck.scopes[s].nodes.sections, nodes);
+            AddNumbers(account, cellBlocks, account.deck.scopes[s].elements.sections, elements);
+        }
+    }
+}
+
+// The numbers of a run whose section the reader holds.
+template <class Run, class Sections>
+void AddHeld(const Account &account, const Run &run, const Sections &sections, const std::vector<int> &column,
+             std::vector<Numbered> *numbers) {
+    const auto &section = sections[static_cast<std::size_t>(run.section)];
+    if (account.placedHeld[static_cast<std::size_t>(run.placed)] == 0 || section.file != 0 ||
+        account.cards[static_cast<std::size_t>(section.card)].state != CardState::held) {
+        return;
+    }
+    for (std::size_t i = run.first; i < run.first + run.count; ++i) {
+        numbers->push_back({column[i], run.placed});
+    }
 }
 
 void AccountClashes(Account *account) {
     const deck::Mesh &mesh = account->mesh;
     std::vector<Numbered> nodes;
     std::vector<Numbered> elements;
-    for (std::size_t p = 0; p < mesh.placed.size(); ++p) {
-        const deck::Placed &placed = mesh.placed[p];
-        if (account->placedHeld[p] == 0) {
-            continue;
-        }
-        for (std::size_t i = placed.firstNode; i < placed.firstNode + placed.nNodes; ++i) {
-            nodes.push_back({mesh.nodeNumber[i], static_cast<int>(p)});
-        }
-        for (std::size_t i = placed.firstElement; i < placed.firstElement + placed.nElements; ++i) {
-            elements.push_back({mesh.elementNumber[i], static_cast<int>(p)});
-        }
+    AddNumbersWithoutInstance(*account, &nodes, &elements);
+    const auto nHeld = std::count(account->placedHeld.begin(), account->placedHeld.end(), 1);
+    if (nHeld <= 1 && nodes.empty() && elements.empty()) {
+        return;
+    }
+    for (const deck::NodeRun &run : mesh.nodeRuns) {
+        const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(run.scope)];
+        AddHeld(*account, run, scope.nodes.sections, mesh.nodeNumber, &nodes);
+    }
+    for (const deck::ElementRun &run : mesh.elementRuns) {
+        const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(run.scope)];
+        AddHeld(*account, run, scope.elements.sections, mesh.elementNumber, &elements);
     }
     const std::vector<Clash> ofNodes = FindClashes(&nodes, mesh.placed.size(), &account->clashingNodes);
     const std::vector<Clash> ofElements = FindClashes(&elements, mesh.placed.size(), &account->clashingElements);
@@ -126,7 +192,7 @@ void AccountClashes(Account *account) {
         const long long count = ofNodes[p].count + ofElements[p].count;
         if (count > 0) {
             const int with = ofNodes[p].count > 0 ? ofNodes[p].with : ofElements[p].with;
-            Add(account, Code::numberClash, PlaceOfPlaced(*account, mesh.placed[p]),
+            Add(account, Code::numberClash, PlaceOfPlaced(*account, mesh.placed[p], ofNodes[p].count > 0),
                 {std::to_string(ofNodes[p].count), std::to_string(ofElements[p].count),
                  PlacedName(mesh, static_cast<int>(p)), PlacedName(mesh, with)},
                 count);
@@ -139,8 +205,11 @@ void AccountClashes(Account *account) {
 void AccountFiles(Account *account) {
     const deck::Deck &deck = account->deck;
     const std::vector<char> holds = FilesWithMesh(deck);
+    account->passedOver.assign(deck.files.size(), 0);
     for (std::size_t f = 1; f < deck.files.size(); ++f) {
-        if (deck.files[f].includedFrom != 0 || holds[f] == 0) {
+        const int from = deck.files[f].includedFrom;
+        account->passedOver[f] = from == 0 ? holds[f] : account->passedOver[static_cast<std::size_t>(from)];
+        if (from != 0 || holds[f] == 0) {
             continue;
         }
         for (const deck::Card &card : deck.cards) {
@@ -170,7 +239,8 @@ void AccountGenerators(Account *account) {
     }
 }
 
-// The reader has the rows of a part once, where they stand. They count for the first instance of the part.
+// The reader has the rows of a part once, where they stand. They count for the first instance of the part. An instance
+// of an empty part brings rows of its own.
 void AccountInstances(Account *account) {
     const deck::Mesh &mesh = account->mesh;
     account->placedHeld.assign(mesh.placed.size(), 1);
@@ -181,8 +251,9 @@ void AccountInstances(Account *account) {
             continue;
         }
         const deck::Instance &instance = account->deck.instances[static_cast<std::size_t>(placed.instance)];
-        const bool again = placed.part > 0 && partSeen[static_cast<std::size_t>(placed.part)] != 0;
-        if (placed.part > 0) {
+        const bool ofPart = placed.part > 0 && HasRows(*account, placed.part);
+        const bool again = ofPart && partSeen[static_cast<std::size_t>(placed.part)] != 0;
+        if (ofPart) {
             partSeen[static_cast<std::size_t>(placed.part)] = 1;
         }
         account->placedHeld[p] = again ? 0 : 1;

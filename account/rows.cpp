@@ -18,28 +18,37 @@ constexpr int kMostRowsTold = 1000;
 // Rows of a table that stand below one keyword line, in the deck's own file.
 class RowList {
   public:
+    RowList() = default;
     template <class Sections> RowList(const CardUse &use, const Sections &sections) {
         for (int i = 0; i < use.sections; ++i) {
             const auto &section = sections[static_cast<std::size_t>(use.section + i)];
             if (section.file == 0) {
-                ranges_.push_back({section.first, section.count});
-                size_ += section.count;
+                Add(section.first, section.count);
             }
+        }
+    }
+    void Add(std::size_t first, std::size_t count) {
+        if (count > 0) {
+            begins_.push_back(size_);
+            firsts_.push_back(first);
+            size_ += count;
         }
     }
     std::size_t size() const {
         return size_;
     }
     std::size_t operator[](std::size_t k) const {
-        std::size_t range = 0;
-        while (k >= ranges_[range].second) {
-            k -= ranges_[range++].second;
+        if (firsts_.size() == 1) {
+            return firsts_[0] + k;
         }
-        return ranges_[range].first + k;
+        const auto range =
+            static_cast<std::size_t>(std::upper_bound(begins_.begin(), begins_.end(), k) - begins_.begin() - 1);
+        return firsts_[range] + (k - begins_[range]);
     }
 
   private:
-    std::vector<std::pair<std::size_t, std::size_t>> ranges_;
+    std::vector<std::size_t> begins_; // row k of the list is in the last range that does not begin behind it
+    std::vector<std::size_t> firsts_; // where that range begins in the table
     std::size_t size_ = 0;
 };
 
@@ -70,6 +79,12 @@ class Teller {
 
     bool DeckTold(deck::Code code) const {
         return DeckSays(*account_, code, PlaceOf(*account_, card_).line, LastLineOf(*account_, card_));
+    }
+
+    // The deck has told of numbers on rows of this section: rows that it drops, and that the reader takes somehow.
+    bool DeckSaysOfNumbers() const {
+        return DeckTold(deck::Code::badNumber) || DeckTold(deck::Code::numberRange) ||
+               DeckTold(deck::Code::fewerNodes) || DeckTold(deck::Code::rowBeforeKeyword);
     }
 
     bool LongLine() const {
@@ -109,6 +124,10 @@ void TellLost(Teller *teller, int lineBefore, std::size_t count, int firstLost) 
         teller->Flaw();
     } else if (teller->Remarked(deck::Code::rowEndComma)) {
         teller->Tell(Code::rowEndComma, lineBefore, {rows}, static_cast<long long>(count));
+    } else if (teller->Remarked(deck::Code::commentInside)) {
+        teller->Tell(Code::commentInside, lineBefore, {}, static_cast<long long>(count));
+    } else if (teller->DeckSaysOfNumbers()) {
+        teller->Flaw();
     } else {
         teller->Tell(Code::differs, firstLost, {std::to_string(count) + " rows are not held"},
                      static_cast<long long>(count));
@@ -121,7 +140,9 @@ void TellAltered(Teller *teller, int line, const std::string &meant, const std::
         teller->Tell(Code::blanksForCommas, line, {});
     } else if (teller->Remarked(deck::Code::wholeNumberAsReal)) {
         teller->Tell(Code::wholeNumber, line, {meant, read});
-    } else if (teller->LongLine()) {
+    } else if (teller->Remarked(deck::Code::commentInside)) {
+        teller->Tell(Code::commentInside, line, {});
+    } else if (teller->LongLine() || teller->DeckSaysOfNumbers()) {
         teller->Flaw();
     } else {
         teller->Tell(Code::differs, line, {"the translator reads " + read + ", not " + meant});
@@ -131,9 +152,7 @@ void TellAltered(Teller *teller, int line, const std::string &meant, const std::
 // Rows that only the reader has.
 void TellExtra(Teller *teller, int line, std::size_t count) {
     teller->Flaw();
-    if (teller->NextIsUnseen() || teller->DeckTold(deck::Code::badNumber) ||
-        teller->DeckTold(deck::Code::numberRange) || teller->DeckTold(deck::Code::fewerNodes) ||
-        teller->DeckTold(deck::Code::rowBeforeKeyword)) {
+    if (teller->NextIsUnseen() || teller->DeckSaysOfNumbers()) {
         return;
     }
     teller->Tell(Code::differs, line, {"the translator holds " + std::to_string(count) + " rows more than there are"});
@@ -221,7 +240,7 @@ void TellCoordinates(Teller *teller, const NodeRow &row) {
         teller->Tell(Code::dExponent, row.line, {meant, read});
     } else if (teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, row.line, {});
-    } else if (!teller->DeckTold(deck::Code::badNumber)) {
+    } else if (!teller->DeckSaysOfNumbers()) {
         teller->Tell(Code::differs, row.line, {"the translator reads " + read + ", not " + meant});
     }
 }
@@ -331,6 +350,65 @@ bool TellShortParameter(Account *account, Teller *teller, int card) {
 
 } // namespace
 
+namespace {
+
+// Entries of a set's section: numbers, or names, which the reader takes for 0.
+struct Entries {
+    const deck::SetTable *table;
+    RowList rows; // positions in table->entries
+
+    int operator()(std::size_t i) const {
+        const int entry = table->entries[rows[i]];
+        return entry < 0 ? 0 : entry;
+    }
+    const std::string *NameOf(std::size_t i) const {
+        const int entry = table->entries[rows[i]];
+        return entry < 0 ? &table->names[static_cast<std::size_t>(-1 - entry)] : nullptr;
+    }
+    int LineOf(std::size_t i) const {
+        const auto &first = table->rowFirst;
+        const auto row = std::upper_bound(first.begin(), first.end(), rows[i]) - first.begin() - 1;
+        return table->rowLine[static_cast<std::size_t>(row)];
+    }
+};
+
+void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant, const ABQSet &set, const Gap &gap) {
+    const std::size_t extra = gap.readEnd - gap.read;
+    for (std::size_t i = gap.meant; i < gap.meantEnd; ++i) {
+        const int line = meant.LineOf(i);
+        const std::size_t j = gap.read + (i - gap.meant);
+        if (const std::string *name = meant.NameOf(i)) {
+            TellName(account, teller, card, line, *name);
+        } else if (DeckSays(*account, deck::Code::badNumber, line, line) ||
+                   DeckSays(*account, deck::Code::numberRange, line, line)) {
+            teller->Flaw(); // the deck has said what is wrong with the row
+        } else {
+            TellAltered(teller, line, std::to_string(meant(i)),
+                        j < gap.readEnd ? std::to_string(set.numbers[j]) : "nothing");
+        }
+    }
+    if (gap.meant != gap.meantEnd || extra == 0) {
+        return;
+    }
+    teller->Flaw();
+    if (!teller->DeckSaysOfNumbers()) {
+        teller->Tell(Code::differs, 0,
+                     {SectionName(*account, card) + ": the translator reads more members than there are"},
+                     static_cast<long long>(extra));
+    }
+}
+
+// Sections that are no lists of members, and that the reader takes for one.
+void TellNoList(Account *account, Teller *teller, int card, deck::SetSource source) {
+    if (source == deck::SetSource::surface) {
+        teller->Tell(Code::noSurface, 0, {SectionName(*account, card)});
+    } else if (!TellShortParameter(account, teller, card)) {
+        teller->Tell(Code::differs, 0, {SectionName(*account, card) + " is read as a list"});
+    }
+}
+
+} // namespace
+
 void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const CardUse &use = account->cards[static_cast<std::size_t>(card)];
     Teller teller(account, card);
@@ -340,49 +418,33 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(use.scope)];
     const bool ofNodes = account->deck.cards[static_cast<std::size_t>(card)].keyword == deck::Keyword::nset;
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
-    const auto count = static_cast<std::size_t>(set.count);
-    std::size_t j = 0;
+    Entries meant{&table, RowList()};
     for (int s = 0; s < use.sections; ++s) {
         const deck::SetSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
         if (section.file != 0) {
             teller.Flaw();
-            continue;
-        }
-        if (section.source == deck::SetSource::surface) {
-            teller.Tell(Code::noSurface, 0, {SectionName(*account, card)});
+        } else if (section.source != deck::SetSource::rows) {
+            TellNoList(account, &teller, card, section.source);
             return;
-        }
-        if (section.source != deck::SetSource::rows) {
-            if (!TellShortParameter(account, &teller, card)) {
-                teller.Tell(Code::differs, 0, {SectionName(*account, card) + " is read as a list"});
-            }
-            return;
-        }
-        for (std::size_t row = section.firstRow; row < section.firstRow + section.rowCount; ++row) {
-            for (std::size_t e = table.rowFirst[row]; e < table.rowFirst[row + 1]; ++e, ++j) {
-                const int entry = table.entries[e];
-                if (entry < 0) {
-                    TellName(account, &teller, card, table.rowLine[row],
-                             table.names[static_cast<std::size_t>(-1 - entry)]);
-                    teller.Flaw();
-                } else if (j >= count || set.numbers[j] != entry) {
-                    if (DeckSays(*account, deck::Code::badNumber, table.rowLine[row], table.rowLine[row])) {
-                        teller.Flaw(); // the reader ends the row where the deck has said that a number is missing
-                        break;
-                    }
-                    TellAltered(&teller, table.rowLine[row], std::to_string(entry),
-                                j < count ? std::to_string(set.numbers[j]) : "nothing");
-                    if (j >= count) {
-                        return;
-                    }
-                }
-            }
+        } else {
+            const std::size_t first = table.rowFirst[section.firstRow];
+            meant.rows.Add(first, table.rowFirst[section.firstRow + section.rowCount] - first);
         }
     }
-    if (j < count && !teller.DeckTold(deck::Code::badNumber) && !teller.DeckTold(deck::Code::numberRange)) {
-        teller.Tell(Code::differs, 0,
-                    {SectionName(*account, card) + ": the translator reads more members than there are"});
+    const auto nRead = static_cast<std::size_t>(set.count);
+    const auto read = [&](std::size_t j) { return set.numbers[j]; };
+    const std::vector<Gap> gaps = FindGaps(meant.rows.size(), meant, nRead, read);
+    for (const Gap &gap : gaps) {
+        TellSetGap(account, &teller, card, meant, set, gap);
     }
+    if (table.names.empty()) {
+        return;
+    }
+    ForPairs(gaps, meant.rows.size(), nRead, [&](std::size_t i, std::size_t, bool) {
+        if (const std::string *name = meant.NameOf(i)) {
+            TellName(account, &teller, card, meant.LineOf(i), *name);
+        }
+    });
 }
 
 namespace {
@@ -435,6 +497,9 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
         readKeys.push_back(KeyOf(name, surface.faceRows[i]));
     }
     Teller teller(account, card);
+    if (meantKeys.size() < readKeys.size() && teller.NextIsUnseen()) {
+        teller.Flaw(); // its rows have come to this surface
+    }
     if (meantKeys.size() <= readKeys.size()) {
         return; // whether each names what it should shows in the faces
     }

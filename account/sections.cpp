@@ -87,6 +87,11 @@ bool HasParameter(const Card &card, const std::string &word) {
 
 void ReportWord(Account *account, int card, const ReadSection &section) {
     const std::string name = SectionName(*account, card);
+    if (HasParameter(account->deck.cards[static_cast<std::size_t>(card)],
+                     "INPUT")) { // its file's name may hold the word
+        Add(account, Code::noInput, PlaceOf(*account, card), {name});
+        return;
+    }
     if (!HasParameter(account->deck.cards[static_cast<std::size_t>(card)], section.word)) {
         Add(account, Code::wordInName, PlaceOf(*account, card), {name, section.word});
         return;

@@ -62,11 +62,12 @@ struct Fate {
     std::map<int, long long> taken; // by the tag of the set that has them
     long long unused = 0;           // no element names them
     long long lost = 0;             // for no reason that is known
+    long long held = 0;             // they carry the set's tag
 };
 
 Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
     Fate fate;
-    const bool tellUnused = !ElementsMayBeMissing(*account) && !account->mesh.elementNumber.empty();
+    const bool tellUnused = !account->mayBeMissing && !account->mesh.elementNumber.empty();
     for (const int node : set.members) {
         const auto at = static_cast<std::size_t>(node);
         const int number = account->mesh.nodeNumber[at];
@@ -75,7 +76,9 @@ Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
             account->nodeUsed[at] = kToldUnused;
         }
         const int tag = account->heldNodes->TagOf(number);
-        if (HasTag(held, tag) || !HoldsNode(*account, node) || !Lists(held, number)) {
+        const bool mine = HasTag(held, tag);
+        fate.held += mine ? 1 : 0;
+        if (mine || !HoldsNode(*account, node) || !Lists(held, number)) {
             continue;
         }
         if (tag > 0) {
@@ -87,12 +90,50 @@ Fate FateOf(Account *account, const MeshSet &set, const HeldSet &held) {
     return fate;
 }
 
-void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const std::vector<const ABQSet *> &byTag) {
+// The reader's node sets by their tag.
+struct TaggedSets {
+    std::vector<const ABQSet *> sets;
+    std::vector<long long> counts; // nodes that carry the tag
+
+    TaggedSets(const ByLine<ABQSet> &byLine, const HeldNodes &nodes)
+        : sets(byLine.all().size() + 1, nullptr), counts(byLine.all().size() + 1, 0) {
+        for (const ABQSet *record : byLine.all()) {
+            sets[static_cast<std::size_t>(record->tag)] = record;
+        }
+        for (std::size_t i = 0; i < nodes.numbers().size() && !byLine.all().empty(); ++i) {
+            if (i == 0 || nodes.numbers()[i] != nodes.numbers()[i - 1]) {
+                ++counts[static_cast<std::size_t>(nodes.TagOf(nodes.numbers()[i]))];
+            }
+        }
+    }
+};
+
+// Nodes that carry the set's tag though the deck does not mean them, where nothing that has been told explains it.
+void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, long long nHeld,
+                   const TaggedSets &tagged) {
+    long long nTagged = 0;
+    for (const ABQSet *record : held.records) {
+        nTagged += tagged.counts[static_cast<std::size_t>(record->tag)];
+    }
+    const int first = PlaceOf(*account, held.cards.front()).line;
+    const int last = LastLineOf(*account, held.cards.back());
+    const bool explained = !held.whole || account->mayBeMissing || !account->clashingNodes.empty() ||
+                           DeckSays(*account, deck::Code::missingMember, first, last) ||
+                           DeckSays(*account, deck::Code::badNumber, first, last) ||
+                           DeckSays(*account, deck::Code::numberRange, first, last);
+    if (nTagged > nHeld && !explained) {
+        Add(account, Code::differs, PlaceOf(*account, held.cards.front()),
+            {"the translator puts more nodes into node set " + set.plain + " than the deck does"}, nTagged - nHeld);
+    }
+}
+
+void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const TaggedSets &tagged) {
     const Fate fate = FateOf(account, set, held);
     const int card = held.cards.back();
+    TellStrangers(account, set, held, fate.held, tagged);
     for (const auto &[tag, count] : fate.taken) {
         Add(account, Code::overlapNodes, PlaceOf(*account, card),
-            {set.plain, byTag[static_cast<std::size_t>(tag)]->name}, count);
+            {set.plain, tagged.sets[static_cast<std::size_t>(tag)]->name}, count);
     }
     if (fate.unused > 0) {
         Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {set.plain}, fate.unused);
@@ -131,10 +172,7 @@ void AccountSetsOnNodes(Account *account) {
 
 void AccountNodeSets(Account *account) {
     const ByLine<ABQSet> byLine(ABQDeck()->nodeSets);
-    std::vector<const ABQSet *> byTag(byLine.all().size() + 1, nullptr);
-    for (const ABQSet *record : byLine.all()) {
-        byTag[static_cast<std::size_t>(record->tag)] = record;
-    }
+    const TaggedSets tagged(byLine, *account->heldNodes);
     for (const MeshSet &set : account->mesh.nodeSets) {
         if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0) {
             continue;
@@ -151,12 +189,12 @@ void AccountNodeSets(Account *account) {
             }
             continue;
         }
-        TellFate(account, set, held, byTag);
+        TellFate(account, set, held, tagged);
     }
 }
 
-// Names of element sets that rows of surfaces, other sets or groups make use of.
-std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope) {
+// Names of element sets that rows of surfaces, other sets, groups or sections make use of.
+std::set<std::string> UsedNames(const deck::Scope &scope) {
     std::set<std::string> used(scope.surfaces.names.begin(), scope.surfaces.names.end());
     used.insert(scope.elementSets.names.begin(), scope.elementSets.names.end());
     for (const deck::ElementSection &section : scope.elements.sections) {
@@ -165,13 +203,19 @@ std::set<std::string> UsedNames(const Account &account, const deck::Scope &scope
     for (const SetSection &section : scope.nodeSets.sections) {
         used.insert(section.sourceName);
     }
-    static_cast<void>(account);
+    for (const deck::Assignment &assignment : scope.assignments) {
+        used.insert(assignment.elset);
+    }
     return used;
 }
 
 void AccountElementSets(Account *account) {
     const ByLine<ABQSet> byLine(ABQDeck()->cellSets);
     std::map<int, std::set<std::string>> usedOf;
+    std::set<std::string> ofRoot; // from outside a part its sets are called INSTANCE.NAME
+    for (const std::string &name : UsedNames(account->deck.scopes[0])) {
+        ofRoot.insert(name.substr(name.find('.') + 1));
+    }
     for (const MeshSet &set : account->mesh.elementSets) {
         const HeldSet held = FindRecords(*account, set, byLine, false);
         if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0 || held.records.empty()) {
@@ -180,16 +224,12 @@ void AccountElementSets(Account *account) {
         const deck::Place place = PlaceOf(*account, held.cards.front());
         const int scope = set.origins.front().scope;
         if (usedOf.count(scope) == 0) {
-            usedOf[scope] = UsedNames(*account, account->deck.scopes[static_cast<std::size_t>(scope)]);
-            const std::set<std::string> ofRoot = UsedNames(*account, account->deck.scopes[0]);
-            for (const std::string &name : ofRoot) {
-                usedOf[scope].insert(name.substr(name.find('.') + 1));
-            }
+            usedOf[scope] = UsedNames(account->deck.scopes[static_cast<std::size_t>(scope)]);
         }
         if (set.members.empty() && held.whole &&
             !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
             Add(account, Code::emptySet, place, {"element set", set.plain});
-        } else if (usedOf[scope].count(set.plain) == 0) {
+        } else if (usedOf[scope].count(set.plain) == 0 && ofRoot.count(set.plain) == 0) {
             Add(account, Code::setWithoutGroup, place, {set.plain});
         }
     }

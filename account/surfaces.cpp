@@ -76,6 +76,7 @@ struct Fate {
     std::map<int, long long> taken;      // by the tag of the surface that has them
     std::map<int, long long> lostByLine; // by the row that names them
     std::map<int, long long> shellSides;
+    long long held = 0; // they carry the surface's tag
 };
 
 Fate FateOf(Account *account, const MeshSurface &surface, const HeldSurface &held) {
@@ -85,19 +86,19 @@ Fate FateOf(Account *account, const MeshSurface &surface, const HeldSurface &hel
                            [&](const ABQSurface *record) { return record->tag == tag; });
     };
     for (const Face &face : surface.faces) {
-        if (!HoldsElement(*account, face.element) ||
+        const int tag =
+            TagOfFace(account, account->mesh.elementNumber[static_cast<std::size_t>(face.element)], face.side);
+        const bool itsOwn = tag > 0 && mine(tag);
+        fate.held += itsOwn ? 1 : 0;
+        if (itsOwn || !HoldsElement(*account, face.element) ||
             std::binary_search(account->lostRows.begin(), account->lostRows.end(), face.line)) {
             continue;
         }
         if (face.side < 0) {
             ++fate.shellSides[face.line];
-            continue;
-        }
-        const int tag =
-            TagOfFace(account, account->mesh.elementNumber[static_cast<std::size_t>(face.element)], face.side);
-        if (tag > 0 && !mine(tag)) {
+        } else if (tag > 0) {
             ++fate.taken[tag];
-        } else if (tag <= 0) {
+        } else {
             ++fate.lostByLine[face.line];
         }
     }
@@ -167,12 +168,51 @@ bool IsWhole(const Account &account, const std::string &name) {
     return true;
 }
 
-void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &held,
-              const std::vector<const ABQSurface *> &byTag) {
+// The reader's surfaces by their tag.
+struct TaggedSurfaces {
+    std::vector<const ABQSurface *> surfaces;
+    std::vector<long long> counts; // faces that carry the tag
+
+    explicit TaggedSurfaces(const ByLine<ABQSurface> &byLine)
+        : surfaces(byLine.all().size() + 1, nullptr), counts(byLine.all().size() + 1, 0) {
+        for (const ABQSurface *record : byLine.all()) {
+            surfaces[static_cast<std::size_t>(record->tag)] = record;
+        }
+        for (const ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+            for (int f = 0; block->i2FaceTag != nullptr && f < ABQNumFaces(block->type); ++f) {
+                for (int e = 0; e < block->count; ++e) {
+                    ++counts[static_cast<std::size_t>(block->i2FaceTag[f][e])];
+                }
+            }
+        }
+    }
+};
+
+// Faces that carry the surface's tag though the deck does not mean them, where nothing that has been told explains it.
+void TellStrangers(Account *account, const MeshSurface &surface, const HeldSurface &held, long long nHeld,
+                   const TaggedSurfaces &tagged) {
+    long long nTagged = 0;
+    for (const ABQSurface *record : held.records) {
+        nTagged += tagged.counts[static_cast<std::size_t>(record->tag)];
+    }
+    const int first = PlaceOf(*account, held.cards.front()).line;
+    const int last = LastLineOf(*account, held.cards.back());
+    const bool explained = !held.whole || account->mayBeMissing || !account->clashingElements.empty() ||
+                           DeckSays(*account, deck::Code::missingMember, first, last) ||
+                           DeckSays(*account, deck::Code::unknownLabel, first, last) ||
+                           DeckSays(*account, deck::Code::badNumber, first, last);
+    if (nTagged > nHeld && !explained) {
+        Add(account, Code::differs, PlaceOf(*account, held.cards.front()),
+            {"the translator puts more faces into surface " + surface.plain + " than the deck does"}, nTagged - nHeld);
+    }
+}
+
+void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &held, const TaggedSurfaces &tagged) {
     const Fate fate = FateOf(account, surface, held);
+    TellStrangers(account, surface, held, fate.held, tagged);
     for (const auto &[tag, count] : fate.taken) {
         Add(account, Code::overlapFaces, PlaceOf(*account, held.cards.back()),
-            {surface.plain, byTag[static_cast<std::size_t>(tag)]->name}, count);
+            {surface.plain, tagged.surfaces[static_cast<std::size_t>(tag)]->name}, count);
     }
     for (const auto &[line, count] : fate.shellSides) {
         const deck::SurfaceTable *table = nullptr;
@@ -197,10 +237,7 @@ void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &h
 
 void AccountSurfaces(Account *account) {
     const ByLine<ABQSurface> byLine(ABQDeck()->surfaces);
-    std::vector<const ABQSurface *> byTag(byLine.all().size() + 1, nullptr);
-    for (const ABQSurface *record : byLine.all()) {
-        byTag[static_cast<std::size_t>(record->tag)] = record;
-    }
+    const TaggedSurfaces tagged(byLine);
     for (const MeshSurface &surface : account->mesh.surfaces) {
         if (account->placedHeld[static_cast<std::size_t>(surface.placed)] == 0) {
             continue;
@@ -215,7 +252,7 @@ void AccountSurfaces(Account *account) {
             !DeckSays(*account, deck::Code::unknownLabel, first, last)) {
             Add(account, Code::emptySurface, PlaceOf(*account, held.cards.front()), {surface.plain});
         }
-        TellFate(account, surface, held, byTag);
+        TellFate(account, surface, held, tagged);
     }
 }
 

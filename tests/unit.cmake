@@ -33,6 +33,9 @@ target_compile_definitions(account_findings_test PRIVATE
   KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
 add_dependencies(account_findings_test KIVOm)
 
+kivom_test(account_decks_test LINK kivom_account kivom_deck kivom_core kivom_system)
+target_compile_definitions(account_decks_test PRIVATE KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
+
 # The second program, where it is built.
 if(TARGET kivodeck)
   # Random decks; by hand: check_random_test --count 20000 --seed 1000.
@@ -46,3 +49,8 @@ if(TARGET kivodeck)
   add_test(NAME docs.findings
     COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
 endif()
+
+# The fuzz target of the account over its seeds, the catalogue's clean decks and the examples, with any compiler.
+add_executable(replay_checkdeck ${PROJECT_SOURCE_DIR}/fuzz/checkdeck.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
+target_link_libraries(replay_checkdeck PRIVATE kivom_account kivom_deck kivom_core kivom_system)
+add_test(NAME replay.checkdeck COMMAND replay_checkdeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
