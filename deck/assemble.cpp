@@ -273,6 +273,9 @@ bool IsTooMuch(const Assembling &a) {
 void ConnectRun(Assembling *a, const ElementRun &run) {
     Mesh &mesh = *a->mesh;
     const auto width = static_cast<std::size_t>(run.width);
+    const std::vector<Slot> &slots = a->slots[static_cast<std::size_t>(run.placed)];
+    const NumberIndex &index = a->nodeIndex[static_cast<std::size_t>(slots[0].scope)];
+    const int first = slots.size() == 1 ? static_cast<int>(slots[0].firstNode) : -1; // the ordinary case: one table
     long long nMissing = 0;
     std::size_t firstMissing = 0;
     int missingNode = 0;
@@ -281,7 +284,8 @@ void ConnectRun(Assembling *a, const ElementRun &run) {
         int missing = 0;
         for (std::size_t i = 0; i < width; ++i) {
             const int number = row[i];
-            row[i] = number == 0 ? -1 : FindNode(*a, run.placed, number);
+            const int at = number == 0 ? -1 : first < 0 ? FindNode(*a, run.placed, number) : index.Find(number);
+            row[i] = at < 0 || first < 0 ? at : first + at;
             missing = row[i] < 0 && number != 0 && missing == 0 ? number : missing;
         }
         if (missing != 0 && nMissing++ == 0) {
