@@ -4,6 +4,7 @@
 #include "deck/placement.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace deck {
 
@@ -375,8 +376,10 @@ Named FindNamed(const Assembling &a, int placed, NameMap PlacedNames::*kind, con
         if (inside != names.end()) {
             return {instance->second, inside->second, 0};
         }
-        if (!behind.empty() && behind.size() < 10 && behind.find_first_not_of("0123456789") == std::string::npos) {
-            return {instance->second, -1, std::stoi(behind)};
+        int number = 0;
+        const char *end = behind.data() + behind.size();
+        if (std::from_chars(behind.data(), end, number).ptr == end && number > 0) {
+            return {instance->second, -1, number};
         }
     }
     return {};
