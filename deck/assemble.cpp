@@ -257,9 +257,12 @@ void PlaceOne(Assembling *a, int at, bool moveNodes, bool moveElements) {
     placed.nElements = mesh.elementNumber.size() - placed.firstElement;
 }
 
-// All numbers of instances together must be positions.
+// Instances that would make a mesh out of proportion to the deck, whose own mesh is always taken.
 bool IsTooMuch(const Assembling &a) {
-    constexpr std::size_t kMost = 2000000000;
+    constexpr std::size_t kMost = kMostInRange;
+    if (a.nNamed < 2) {
+        return false;
+    }
     std::size_t nodes = 0;
     std::size_t elements = 0;
     for (const Placed &placed : a.mesh->placed) {
@@ -417,7 +420,7 @@ void DropRepeated(Assembling *a) {
 void PlaceParts(Assembling *a) {
     ListPlaced(a);
     if (IsTooMuch(*a)) {
-        a->Find(Code::tooMany, {0, 0, 0}, {"INSTANCE", "2000000000"});
+        a->Find(Code::tooMany, {0, 0, 0}, {"INSTANCE", std::to_string(kMostInRange)});
         a->mesh->placed.erase(a->mesh->placed.begin(), a->mesh->placed.end() - 1);
         a->names.resize(1);
         a->slots.resize(1);
