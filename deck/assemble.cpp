@@ -4,6 +4,7 @@
 #include "deck/placement.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace deck {
 
@@ -256,9 +257,12 @@ void PlaceOne(Assembling *a, int at, bool moveNodes, bool moveElements) {
     placed.nElements = mesh.elementNumber.size() - placed.firstElement;
 }
 
-// All numbers of instances together must be positions.
+// Instances that would make a mesh out of proportion to the deck, whose own mesh is always taken.
 bool IsTooMuch(const Assembling &a) {
-    constexpr std::size_t kMost = 2000000000;
+    constexpr std::size_t kMost = kMostInRange;
+    if (a.nNamed < 2) {
+        return false;
+    }
     std::size_t nodes = 0;
     std::size_t elements = 0;
     for (const Placed &placed : a.mesh->placed) {
@@ -273,6 +277,9 @@ bool IsTooMuch(const Assembling &a) {
 void ConnectRun(Assembling *a, const ElementRun &run) {
     Mesh &mesh = *a->mesh;
     const auto width = static_cast<std::size_t>(run.width);
+    const std::vector<Slot> &slots = a->slots[static_cast<std::size_t>(run.placed)];
+    const NumberIndex &index = a->nodeIndex[static_cast<std::size_t>(slots[0].scope)];
+    const int first = slots.size() == 1 ? static_cast<int>(slots[0].firstNode) : -1; // the ordinary case: one table
     long long nMissing = 0;
     std::size_t firstMissing = 0;
     int missingNode = 0;
@@ -281,7 +288,8 @@ void ConnectRun(Assembling *a, const ElementRun &run) {
         int missing = 0;
         for (std::size_t i = 0; i < width; ++i) {
             const int number = row[i];
-            row[i] = number == 0 ? -1 : FindNode(*a, run.placed, number);
+            const int at = number == 0 ? -1 : first < 0 ? FindNode(*a, run.placed, number) : index.Find(number);
+            row[i] = at < 0 || first < 0 ? at : first + at;
             missing = row[i] < 0 && number != 0 && missing == 0 ? number : missing;
         }
         if (missing != 0 && nMissing++ == 0) {
@@ -371,8 +379,10 @@ Named FindNamed(const Assembling &a, int placed, NameMap PlacedNames::*kind, con
         if (inside != names.end()) {
             return {instance->second, inside->second, 0};
         }
-        if (!behind.empty() && behind.size() < 10 && behind.find_first_not_of("0123456789") == std::string::npos) {
-            return {instance->second, -1, std::stoi(behind)};
+        int number = 0;
+        const char *end = behind.data() + behind.size();
+        if (std::from_chars(behind.data(), end, number).ptr == end && number > 0) {
+            return {instance->second, -1, number};
         }
     }
     return {};
@@ -410,7 +420,7 @@ void DropRepeated(Assembling *a) {
 void PlaceParts(Assembling *a) {
     ListPlaced(a);
     if (IsTooMuch(*a)) {
-        a->Find(Code::tooMany, {0, 0, 0}, {"INSTANCE", "2000000000"});
+        a->Find(Code::tooMany, {0, 0, 0}, {"INSTANCE", std::to_string(kMostInRange)});
         a->mesh->placed.erase(a->mesh->placed.begin(), a->mesh->placed.end() - 1);
         a->names.resize(1);
         a->slots.resize(1);

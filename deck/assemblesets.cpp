@@ -70,9 +70,9 @@ void Take(const At &at, int kind, int index, const Place &place) {
         return; // itself
     }
     SortOnce(&from);
-    at.a->waiting.entries += static_cast<long long>(from.size());
-    if (at.a->waiting.entries > kMostInRange) {
-        at.a->Find(Code::tooMany, place, {at.Set().plain, std::to_string(at.a->waiting.entries)});
+    const auto waits = at.a->waiting.on.find(CodeOf(kind, index));
+    const std::size_t nWaits = waits == at.a->waiting.on.end() ? 0 : waits->second.size();
+    if (!at.a->MayTake(from.size() + nWaits, place, at.Set().plain)) {
         return;
     }
     if (kind == at.step.kind) {
@@ -82,8 +82,7 @@ void Take(const At &at, int kind, int index, const Place &place) {
             AddNodesOfElement(*at.a->mesh, element, &to);
         }
     }
-    const auto waits = at.a->waiting.on.find(CodeOf(kind, index));
-    if (waits != at.a->waiting.on.end()) {
+    if (nWaits > 0) {
         for (const int on : std::set<int>(waits->second)) {
             Wait(at, on, place);
         }
@@ -145,10 +144,15 @@ void TakeRange(const At &at, std::size_t row) {
     const int *range = &at.table->entries[at.table->rowFirst[row]];
     for (const Slot &slot : at.a->slots[static_cast<std::size_t>(at.members)]) {
         const auto scope = static_cast<std::size_t>(slot.scope);
+        std::vector<int> &members = at.Set().members;
+        const std::size_t before = members.size();
         if (at.step.kind == kNodes) {
-            at.a->nodeIndex[scope].AddRange(range, static_cast<int>(slot.firstNode), &at.Set().members);
+            at.a->nodeIndex[scope].AddRange(range, static_cast<int>(slot.firstNode), &members);
         } else {
-            at.a->elementIndex[scope].AddRange(range, static_cast<int>(slot.firstElement), &at.Set().members);
+            at.a->elementIndex[scope].AddRange(range, static_cast<int>(slot.firstElement), &members);
+        }
+        if (!at.a->MayTake(members.size() - before, at.PlaceOfRow(row), at.Set().plain)) {
+            members.resize(before);
         }
     }
 }
@@ -262,6 +266,9 @@ void TakeWaited(Assembling *a, int code) {
         const auto index = static_cast<std::size_t>(on / kCodesASet);
         const std::vector<int> &from =
             kind == kWanted ? a->waiting.wanted[index].nodes : (*SetsOf(a, kind))[index].members;
+        if (!a->MayTake(from.size(), a->waiting.place[code], "")) {
+            continue;
+        }
         if (kind == kElements && code % kCodesASet == kNodes) {
             for (const int element : from) {
                 AddNodesOfElement(*a->mesh, element, &to);
@@ -334,7 +341,11 @@ void TakeSurfaceNodes(Assembling *a, SurfaceWanted *wanted) {
         a->Find(Code::missingMember, wanted->place, {wanted->surface, wanted->set});
         return;
     }
-    for (const Face &face : a->mesh->surfaces[static_cast<std::size_t>(named.index)].faces) {
+    const std::vector<Face> &faces = a->mesh->surfaces[static_cast<std::size_t>(named.index)].faces;
+    if (!a->MayTake(faces.size(), wanted->place, wanted->set)) {
+        return;
+    }
+    for (const Face &face : faces) {
         AddNodesOfFace(*a, face, &wanted->nodes);
     }
     SortOnce(&wanted->nodes);

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <utility>
 
 namespace deck {
 
@@ -81,6 +83,7 @@ struct RowMeaning {
     const int *elements = nullptr;
     std::size_t count = 0;
     int one = -1;
+    int set = -1;     // position of a set
     std::string word; // as written
 };
 
@@ -96,6 +99,7 @@ bool MeanRow(const Assembling &a, const MeshSurface &surface, const SurfaceTable
             const std::vector<int> &members = a.mesh->elementSets[static_cast<std::size_t>(named.index)].members;
             meaning->elements = members.data();
             meaning->count = members.size();
+            meaning->set = named.index;
             return true;
         }
         placed = named.placed;
@@ -205,12 +209,19 @@ void AddFreeFaces(Assembling *a, const FaceCounts &counts, const RowMeaning &mea
     }
 }
 
+// Sets and labels that rows of a surface have named.
+using Seen = std::set<std::pair<int, int>>;
+
 void AddElementRow(Assembling *a, const FaceCounts &counts, const SurfaceTable &table, const SurfaceRow &row,
-                   const Place &place, MeshSurface *surface) {
+                   const Place &place, Seen *seen, MeshSurface *surface) {
     RowMeaning meaning;
     if (!MeanRow(*a, *surface, table, row, &meaning)) {
         a->Find(Code::missingMember, place, {meaning.word, surface->plain});
         return;
+    }
+    if (!a->MayTake(meaning.count, place, surface->plain) ||
+        (meaning.set >= 0 && !seen->emplace(meaning.set, static_cast<int>(row.label)).second)) {
+        return; // the same set and label again bring nothing
     }
     if (row.label == Label::none) {
         AddFreeFaces(a, counts, meaning, place, surface);
@@ -269,9 +280,10 @@ void KeepFirst(std::vector<Face> *faces) {
 
 // The surface's rows; those of combined ones are left for later.
 void FillSurface(Assembling *a, const FaceCounts &counts, MeshSurface *surface) {
+    Seen seen;
     ForRows(*a, *surface, [&](const SurfaceTable &table, const SurfaceSection &section, const SurfaceRow &row) {
         if (section.kind == SurfaceKind::element) {
-            AddElementRow(a, counts, table, row, {section.file, row.line, 1}, surface);
+            AddElementRow(a, counts, table, row, {section.file, row.line, 1}, &seen, surface);
         }
     });
     KeepFirst(&surface->faces);
@@ -295,6 +307,7 @@ struct Part {
 
 std::vector<Part> PartsOf(Assembling *a, const MeshSurface &surface) {
     std::vector<Part> parts;
+    std::set<int> seen;
     ForRows(*a, surface, [&](const SurfaceTable &table, const SurfaceSection &section, const SurfaceRow &row) {
         if (section.kind != SurfaceKind::combined) {
             return;
@@ -303,16 +316,27 @@ std::vector<Part> PartsOf(Assembling *a, const MeshSurface &surface) {
         const Named named = FindNamed(*a, surface.placed, &PlacedNames::surfaces, name);
         if (named.index < 0) {
             a->Find(Code::missingMember, {section.file, row.line, 1}, {name, surface.plain});
-        } else {
+        } else if (seen.insert(named.index).second || section.combine != Combine::unite) {
             parts.push_back({named.index, section.combine});
         }
     });
     return parts;
 }
 
-void CombineParts(Mesh *mesh, const std::vector<Part> &parts, MeshSurface *surface) {
+// The keyword that first defines the surface.
+Place PlaceOf(const Assembling &a, const MeshSurface &surface) {
+    const SurfaceTable &table = a.deck->scopes[static_cast<std::size_t>(surface.origins[0].scope)].surfaces;
+    const Surface &written = table.surfaces[static_cast<std::size_t>(surface.origins[0].index)];
+    const SurfaceSection &section = table.sections[static_cast<std::size_t>(written.sections[0])];
+    return a.deck->cards[static_cast<std::size_t>(section.card)].place;
+}
+
+void CombineParts(Assembling *a, const std::vector<Part> &parts, MeshSurface *surface) {
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        const std::vector<Face> from = mesh->surfaces[static_cast<std::size_t>(parts[i].surface)].faces;
+        const std::vector<Face> &from = a->mesh->surfaces[static_cast<std::size_t>(parts[i].surface)].faces;
+        if (&from == &surface->faces || !a->MayTake(from.size(), PlaceOf(*a, *surface), surface->plain)) {
+            continue; // itself, which is said
+        }
         if (i == 0 || parts[i].combine == Combine::unite) {
             surface->faces.insert(surface->faces.end(), from.begin(), from.end());
         } else {
@@ -357,19 +381,14 @@ void CombineAll(Assembling *a) {
             Level &level = levels.back();
             const auto at = static_cast<std::size_t>(level.surface);
             if (level.next == level.parts.size()) {
-                CombineParts(a->mesh, level.parts, &surfaces[at]);
+                CombineParts(a, level.parts, &surfaces[at]);
                 state[at] = kDone;
                 levels.pop_back();
                 continue;
             }
             const int named = level.parts[level.next++].surface;
             if (state[static_cast<std::size_t>(named)] == kOpen) {
-                const Scope &scope = a->At(surfaces[at].origins[0].scope);
-                const Surface &written =
-                    scope.surfaces.surfaces[static_cast<std::size_t>(surfaces[at].origins[0].index)];
-                const SurfaceSection &section = scope.surfaces.sections[static_cast<std::size_t>(written.sections[0])];
-                a->Find(Code::setCycle, a->deck->cards[static_cast<std::size_t>(section.card)].place,
-                        {surfaces[at].plain});
+                a->Find(Code::setCycle, PlaceOf(*a, surfaces[at]), {surfaces[at].plain});
             } else if (state[static_cast<std::size_t>(named)] == kNew) {
                 open(named);
             }
@@ -438,7 +457,9 @@ void AddNodeRows(Assembling *a, MeshSurface *surface) {
             const Named named = FindNamed(*a, surface->placed, &PlacedNames::nodeSets, word);
             if (named.index >= 0) {
                 const std::vector<int> &from = a->mesh->nodeSets[static_cast<std::size_t>(named.index)].members;
-                surface->nodes.insert(surface->nodes.end(), from.begin(), from.end());
+                if (a->MayTake(from.size(), {section.file, row.line, 1}, surface->plain)) {
+                    surface->nodes.insert(surface->nodes.end(), from.begin(), from.end());
+                }
                 return;
             }
             position = named.placed < 0 ? -1 : FindNode(*a, named.placed, named.number);

@@ -50,7 +50,6 @@ struct Waiting {
     std::unordered_map<int, std::set<int>> on;
     std::unordered_map<int, Place> place; // of the row that made a set wait
     std::vector<SurfaceWanted> wanted;
-    long long entries = 0; // that sets have taken from sets
 };
 
 struct Assembling {
@@ -65,10 +64,20 @@ struct Assembling {
     NameMap placedByName;
     std::vector<std::vector<Dropped>> droppedNodes, droppedElements; // by scope, sections ascending
     Waiting waiting;
+    long long taken = 0;    // see MayTake
     std::size_t nNamed = 0; // placed that are not the root, which comes last
 
     Scope &At(int scope) {
         return deck->scopes[static_cast<std::size_t>(scope)];
+    }
+    // Whether so many more members or faces may be taken out of sets, ranges and surfaces: what names them may be
+    // short, and stand in a deck many times. A finding where not.
+    bool MayTake(std::size_t count, const Place &place, const std::string &name) {
+        taken += static_cast<long long>(count);
+        if (taken > kMostInRange) {
+            Find(Code::tooMany, place, {name, std::to_string(taken)});
+        }
+        return taken <= kMostInRange;
     }
     int Root() const {
         return static_cast<int>(mesh->placed.size()) - 1;

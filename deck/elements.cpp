@@ -72,10 +72,24 @@ std::size_t FieldsOn(const Line &line) {
     return fields.size();
 }
 
-// Whether a line goes on with the element: by the number of nodes that are missing, not by commas. A line with more of
-// them begins the next element.
-bool GoesOn(const Line &line, std::size_t missing) {
-    return FieldsOn(line) <= missing;
+// Takes the line into an element of which so many nodes are missing: that number, not commas, tells whether it belongs
+// there. A line with more of them begins the next element; nothing is taken then.
+bool TakeMore(Building *b, const Line &line, std::size_t missing, bool shapeless, Row *row) {
+    const std::size_t before = row->values.size();
+    const int comma = row->commaColumn;
+    if (!PlainLine(line, row)) {
+        const bool fits = FieldsOn(line) <= missing;
+        if (fits) {
+            AnyLine(b, line, shapeless, row);
+        }
+        return fits;
+    }
+    if (row->values.size() - before > missing) {
+        row->values.resize(before);
+        row->commaColumn = comma;
+        return false;
+    }
+    return true;
 }
 
 // The next element's row with all its lines. False at the end of the section. `wanted` nodes, or as many as the commas
@@ -94,31 +108,29 @@ bool NextElement(Building *b, std::size_t wanted, bool mayMiss, bool shapeless, 
         if (!b->cards.NextRow(&line)) {
             break;
         }
-        if (wanted != 0 && !GoesOn(line, wanted + 1 - row->values.size())) {
+        if (wanted == 0) {
+            TakeLine(b, line, shapeless, row);
+        } else if (!TakeMore(b, line, wanted + 1 - row->values.size(), shapeless, row)) {
             b->cards.Back();
             break;
         }
-        TakeLine(b, line, shapeless, row);
     }
     return true;
 }
 
 int TypeOf(Building *b, const Card &card, const Parameter &parameter) {
-    const auto found = b->typeByName.find(parameter.value);
-    if (found != b->typeByName.end()) {
-        return found->second;
+    const auto put = b->typeByName.emplace(parameter.value, static_cast<int>(b->deck->types.size()));
+    if (put.second) {
+        b->deck->types.push_back({parameter.value, parameter.text, FindType(parameter.value)});
     }
-    const ElementType type = FindType(parameter.value);
-    const int index = static_cast<int>(b->deck->types.size());
-    b->deck->types.push_back({parameter.value, parameter.text, type});
-    b->typeByName[parameter.value] = index;
+    const TypeClass kind = b->deck->types[static_cast<std::size_t>(put.first->second)].type.kind;
     const Place place{card.place.file, parameter.line, parameter.column};
-    if (type.kind == TypeClass::unknown) {
+    if (kind == TypeClass::unknown) {
         b->cards.Find(Code::unknownType, place, {Clip(parameter.text)});
-    } else if (type.kind == TypeClass::uncertain) {
+    } else if (kind == TypeClass::uncertain) {
         b->cards.Find(Code::uncertain, place, {"TYPE=" + Clip(parameter.text)});
     }
-    return index;
+    return put.first->second;
 }
 
 void BeginSection(Building *b, int card, int file, int type, int width, bool continued) {

@@ -268,9 +268,13 @@ TEST(Parts, AndInstancesThatDoNotFitAreSaid) {
 
 TEST(Parts, OfTheAssemblyNeedAnInstanceToNameTheirMembers) {
     const auto r = Read(kPart + "*ASSEMBLY\n*INSTANCE, NAME=I, PART=P\n*END INSTANCE\n*NSET, NSET=A\n1\n*NSET, NSET=B, "
-                                "INSTANCE=NO\n1\n*END ASSEMBLY\n");
+                                "INSTANCE=NO\n1\n*NSET, NSET=C\nI.0, I.4, I., .1\n*END ASSEMBLY\n");
     EXPECT_EQ(r.Nodes("A"), Ints{});
-    EXPECT_EQ(r.Findings(), (Found{{Code::missingMember, 15}, {Code::missingMember, 16}}));
+    EXPECT_EQ(r.Nodes("C"), Ints{});
+    EXPECT_EQ(
+        r.Findings(),
+        (Found{
+            {Code::badNumber, 19}, {Code::missingMember, 15}, {Code::missingMember, 16}, {Code::missingMember, 19}}));
 }
 
 // Surfaces ---------------------------------------------------------------------------------------------------
