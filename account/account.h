@@ -74,9 +74,9 @@ struct Account {
     deck::Mesh mesh;
     std::vector<Finding> findings;
 
-    std::vector<CardUse> cards; // for each of deck.cards
+    std::vector<CardUse> cards;   // for each of deck.cards
     std::vector<char> passedOver; // for each of deck.files: told as one, at the line that includes it
-    std::vector<int> lostRows;  // lines of the deck's own file whose rows the reader does not hold; ascending
+    std::vector<int> lostRows;    // lines of the deck's own file whose rows the reader does not hold; ascending
 
     std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending

@@ -63,7 +63,7 @@ struct Measure {
 };
 
 Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
-    double d[3][3];
+    double d[3][3] = {};
     double longest = 0;
     for (int k = 0; k < dimension; ++k) {
         const auto a = static_cast<std::size_t>(nodes[0]);

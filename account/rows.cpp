@@ -20,8 +20,8 @@ class RowList {
   public:
     RowList() = default;
     template <class Sections> RowList(const CardUse &use, const Sections &sections) {
-        for (int i = 0; i < use.sections; ++i) {
-            const auto &section = sections[static_cast<std::size_t>(use.section + i)];
+        for (int s = use.section; s < use.section + use.sections; ++s) {
+            const auto &section = sections[static_cast<std::size_t>(s)];
             if (section.file == 0) {
                 Add(section.first, section.count);
             }
@@ -118,15 +118,14 @@ class Teller {
 // Rows that the deck means and the reader lacks, and nothing in their place.
 void TellLost(Teller *teller, int lineBefore, std::size_t count, int firstLost) {
     const std::string rows = count == 1 ? "the next row" : "the next " + std::to_string(count) + " rows";
+    const bool longLine = teller->LongLine();
     if (lineBefore == 0) {
         teller->Tell(Code::keywordEndComma, 0, {}, static_cast<long long>(count));
-    } else if (teller->LongLine()) {
-        teller->Flaw();
-    } else if (teller->Remarked(deck::Code::rowEndComma)) {
+    } else if (!longLine && teller->Remarked(deck::Code::rowEndComma)) {
         teller->Tell(Code::rowEndComma, lineBefore, {rows}, static_cast<long long>(count));
-    } else if (teller->Remarked(deck::Code::commentInside)) {
+    } else if (!longLine && teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, lineBefore, {}, static_cast<long long>(count));
-    } else if (teller->DeckSaysOfNumbers()) {
+    } else if (longLine || teller->DeckSaysOfNumbers()) {
         teller->Flaw();
     } else {
         teller->Tell(Code::differs, firstLost, {std::to_string(count) + " rows are not held"},
@@ -171,8 +170,6 @@ void TellGaps(Teller *teller, const std::vector<Gap> &gaps, const LineOf &lineOf
         }
         if (lost == 0) {
             TellExtra(teller, before, extra);
-        } else if (extra == 0) {
-            TellLost(teller, before, lost, lineOf(gap.meant));
         } else if (lost == extra) {
             for (std::size_t i = 0; i < lost; ++i) {
                 TellAltered(teller, lineOf(gap.meant + i), std::to_string(meant(gap.meant + i)),
@@ -419,8 +416,8 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const bool ofNodes = account->deck.cards[static_cast<std::size_t>(card)].keyword == deck::Keyword::nset;
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
     Entries meant{&table, RowList()};
-    for (int s = 0; s < use.sections; ++s) {
-        const deck::SetSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+    for (int s = use.section; s < use.section + use.sections; ++s) {
+        const deck::SetSection &section = table.sections[static_cast<std::size_t>(s)];
         if (section.file != 0) {
             teller.Flaw();
         } else if (section.source != deck::SetSource::rows) {
@@ -480,8 +477,8 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
     const deck::SurfaceTable &table = account->deck.scopes[static_cast<std::size_t>(use.scope)].surfaces;
     std::vector<int> meantKeys;
     std::vector<int> lines;
-    for (int s = 0; s < use.sections; ++s) {
-        const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+    for (int s = use.section; s < use.section + use.sections; ++s) {
+        const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(s)];
         for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount && section.file == 0; ++r) {
             const deck::SurfaceRow &row = table.rows[r];
             if (row.label >= deck::Label::s1 &&

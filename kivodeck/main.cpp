@@ -25,6 +25,7 @@ constexpr int kFindings = 1;
 constexpr int kFailed = 2;
 
 constexpr char kShortage[] = "memory is short";
+constexpr char kFault[] = "a fault of the program itself; please report it with the deck";
 
 struct Options {
     std::vector<std::string> decks;
@@ -48,22 +49,27 @@ int Fail(const std::string &code, const std::string &text) {
     return wantsJson ? Print(kivodeck::JsonFailure(code, text), kFailed) : kFailed;
 }
 
-// The translator's functions end the process when memory is short. The report is made whole all the same, without any
-// more memory, and the exit status is that of a deck that cannot be read.
-void EndInOrder() {
-    if (!account::ReaderAtWork()) {
-        return;
-    }
-    std::fprintf(stderr, "kivodeck: %s\n", kShortage);
+// The report of a run that cannot go on: whole, and made without any more memory.
+int FailPlainly(const char *text) {
+    std::fprintf(stderr, "kivodeck: %s\n", text);
     if (wantsJson) {
-        std::fputs(
+        std::fprintf(
+            output,
             "{\"schema_version\": 1, \"findings\": [{\"code\": \"unreadable\", \"level\": \"error\", \"file\": \"\", "
-            "\"line\": 0, \"column\": 0, \"text\": \"memory is short\", \"count\": 1}], "
+            "\"line\": 0, \"column\": 0, \"text\": \"%s\", \"count\": 1}], "
             "\"verdict\": {\"errors\": 1, \"warnings\": 0, \"notes\": 0}}\n",
-            output);
+            text);
     }
     std::fflush(output);
-    std::_Exit(kFailed);
+    return kFailed;
+}
+
+// The translator's functions end the process when memory is short. The exit status is then that of a deck that cannot
+// be read.
+void EndInOrder() {
+    if (account::ReaderAtWork()) {
+        std::_Exit(FailPlainly(kShortage));
+    }
 }
 
 int StatusOf(const account::Report &report, const std::string &failOn) {
@@ -161,6 +167,8 @@ int main(int argc, char **argv) {
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc &) {
-        return Fail("unreadable", kShortage);
+        return FailPlainly(kShortage);
+    } catch (...) {
+        return FailPlainly(kFault);
     }
 }
