@@ -134,10 +134,8 @@ void CompareElementRows(Account *account, int card, const ABQCellBlock &block);
 void CompareSetRows(Account *account, int card, const ABQSet &set);
 void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface);
 
-// files.cpp
-void AccountFiles(Account *account);
-
 // placing.cpp
+void AccountFiles(Account *account);
 void AccountGenerators(Account *account);
 void AccountInstances(Account *account);
 
