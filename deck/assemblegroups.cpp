@@ -69,6 +69,23 @@ void GroupRun(Assembling *a, const ElementRun &run, GroupMap *named, GroupMap *s
     }
 }
 
+// Whether elements of the type become cells of the mesh.
+bool MakesCells(const ElementType &type) {
+    return type.kind == TypeClass::cell || type.kind == TypeClass::sameShape || type.kind == TypeClass::split;
+}
+
+// The groups of one scope's sections. A section of cells that says its group has one without any rows, too.
+std::size_t GroupSections(Assembling *a, int placed, int scope, std::size_t run, GroupMap *named, GroupMap *scopes) {
+    for (const ElementSection &section : a->At(scope).elements.sections) {
+        if (section.count > 0) {
+            GroupRun(a, a->mesh->elementRuns[run++], named, scopes);
+        } else if (!section.elset.empty() && MakesCells(a->deck->types[static_cast<std::size_t>(section.type)].type)) {
+            GroupNamed(a, named, placed, section.elset, GroupFrom::elset);
+        }
+    }
+    return run;
+}
+
 } // namespace
 
 void AssembleGroups(Assembling *a) {
@@ -83,9 +100,12 @@ void AssembleGroups(Assembling *a) {
         }
     }
     GroupMap named;
-    GroupMap scopes; // a set may have the name of an instance
-    for (const ElementRun &run : mesh.elementRuns) {
-        GroupRun(a, run, &named, &scopes);
+    GroupMap scopes;     // a set may have the name of an instance
+    std::size_t run = 0; // they stand in the order of the sections that have rows
+    for (int placed = 0; placed <= a->Root(); ++placed) {
+        for (const Slot &slot : a->slots[static_cast<std::size_t>(placed)]) {
+            run = GroupSections(a, placed, slot.scope, run, &named, &scopes);
+        }
     }
 }
 

@@ -370,6 +370,20 @@ TEST(Groups, ComeFromTheElementLineElseTheLastSectionElseAreAll) {
     EXPECT_EQ(r.Findings(), (Found{{Code::missingMember, 19}}));
 }
 
+TEST(Groups, OfSectionsOfCellsMayBeEmpty) {
+    const auto r =
+        Read(NodesTo(4) + "*ELEMENT, TYPE=CPS3, ELSET=A\n*ELEMENT, TYPE=CPS3, ELSET=B\n1, 1, 2, 3\n*ELEMENT, "
+                          "TYPE=CPS4R, ELSET=A\n*ELEMENT, TYPE=MASS, ELSET=M\n*ELEMENT, TYPE=CPS3\n"
+                          "*ELEMENT, TYPE=CPE3, ELSET=C\n");
+    Names names;
+    for (const deck::CellGroup &group : r.mesh.groups) {
+        names.push_back(group.name);
+    }
+    EXPECT_EQ(names, (Names{"A", "B", "C"}));
+    EXPECT_EQ(r.mesh.group, Ints{1});
+    EXPECT_EQ(r.Findings(), Found{});
+}
+
 TEST(Groups, OfASectionBehindTheInstancesAreThoseOfTheSet) {
     const auto r =
         Read("*PART, NAME=P\n" + NodesTo(3) +
