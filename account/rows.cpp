@@ -15,6 +15,9 @@ namespace {
 // Findings of one kind that a section reports row by row; those beyond count with the last of them.
 constexpr int kMostRowsTold = 1000;
 
+// The reader cuts a line here, wherever it stands.
+constexpr const char *kComment = "**";
+
 // Rows of a table that stand below one keyword line, in the deck's own file.
 class RowList {
   public:
@@ -327,6 +330,10 @@ namespace {
 
 // A set's entry that is a name, where the reader has a number.
 void TellName(Account *account, Teller *teller, int card, int line, const std::string &name) {
+    if (name.find(kComment) != std::string::npos) {
+        teller->Tell(Code::commentInside, line, {});
+        return;
+    }
     const std::size_t dot = name.find('.');
     const auto isInstance = [&](const deck::Instance &instance) { return name.compare(0, dot, instance.name) == 0; };
     if (dot != std::string::npos &&
@@ -355,7 +362,8 @@ namespace {
 // Entries of a set's section: numbers, or names, which the reader takes for 0.
 struct Entries {
     const deck::SetTable *table;
-    RowList rows; // positions in table->entries
+    RowList rows;           // positions in table->entries
+    bool commented = false; // a name holds what the reader takes for the begin of a comment
 
     int operator()(std::size_t i) const {
         const int entry = table->entries[rows[i]];
@@ -371,6 +379,16 @@ struct Entries {
         return table->rowLine[static_cast<std::size_t>(row)];
     }
 };
+
+bool HoldsCommentInside(const Entries &entries) {
+    for (std::size_t i = 0; i < entries.rows.size() && !entries.table->names.empty(); ++i) {
+        const std::string *name = entries.NameOf(i);
+        if (name != nullptr && name->find(kComment) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
 
 void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant, const ABQSet &set, const Gap &gap) {
     const std::size_t extra = gap.readEnd - gap.read;
@@ -391,7 +409,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         return;
     }
     teller->Flaw();
-    if (!teller->DeckSaysOfNumbers()) {
+    if (!teller->DeckSaysOfNumbers() && !meant.commented) {
         teller->Tell(Code::differs, 0,
                      {SectionName(*account, card) + ": the translator reads more members than there are"},
                      static_cast<long long>(extra));
@@ -418,7 +436,7 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(use.scope)];
     const bool ofNodes = account->deck.cards[static_cast<std::size_t>(card)].keyword == deck::Keyword::nset;
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
-    Entries meant{&table, RowList()};
+    Entries meant{&table, RowList(), false};
     for (int s = 0; s < use.sections; ++s) {
         const deck::SetSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
         if (section.file != 0) {
@@ -434,6 +452,7 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const auto nRead = static_cast<std::size_t>(set.count);
     const auto read = [&](std::size_t j) { return set.numbers[j]; };
     const std::vector<Gap> gaps = FindGaps(meant.rows.size(), meant, nRead, read);
+    meant.commented = !gaps.empty() && HoldsCommentInside(meant);
     for (const Gap &gap : gaps) {
         TellSetGap(account, &teller, card, meant, set, gap);
     }

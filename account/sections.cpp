@@ -324,8 +324,11 @@ void MatchSections(Account *account) {
         }
     }
     for (const ReadSection *section : strange) {
-        Add(account, Code::differs, PlaceOfLine(static_cast<int>(section->line)),
-            {"the translator reads a section here, which the deck does not mean"});
+        const int line = static_cast<int>(section->line);
+        if (!DeckSays(*account, deck::Code::misspelt, line, line)) { // "*NODE** all" is *NODE to the reader
+            Add(account, Code::differs, PlaceOfLine(line),
+                {"the translator reads a section here, which the deck does not mean"});
+        }
     }
     for (const long long line : account->reading.longLines()) {
         Add(account, Code::longLine, PlaceOfLine(static_cast<int>(line)));

@@ -337,7 +337,7 @@ void CompareVerdict(const Case &deck, const Report &report, Complaints *complain
         *complaints += "nothing is lost, but\n" + kivodeck::TextReport(report, {});
     }
     for (const account::Finding &finding : report.findings) {
-        if ((deck.kind == Kind::plain || deck.kind == Kind::cae) && finding.code == account::Code::differs) {
+        if (deck.kind != Kind::wild && finding.code == account::Code::differs) {
             *complaints += "unexplained: " + TextOf(finding) + "\n";
         }
     }
