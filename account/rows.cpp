@@ -223,6 +223,17 @@ int SystemOf(const Account &account, int card) {
     return -1;
 }
 
+// The parameter of that one word, where it is cut short: the reader does not know it then, and takes the section in.
+bool TellShortParameter(Account *account, Teller *teller, int card, const char *name) {
+    const deck::Parameter *parameter = FindParameter(account->deck.cards[static_cast<std::size_t>(card)], name);
+    if (parameter == nullptr || parameter->written.size() == std::strlen(name)) {
+        return false;
+    }
+    teller->Flaw();
+    Add(account, Code::abbreviatedParameter, PlaceOf(*account, card, name), {parameter->written, name});
+    return true;
+}
+
 struct NodeRow {
     int line;
     double meant[3];
@@ -265,6 +276,7 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
     TellGaps(&teller, gaps, lineOf, meant, read);
 
     long long nMoved = 0;
+    bool shortSystem = false;
     const int system = SystemOf(*account, card);
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
@@ -281,7 +293,10 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
         }
         if (system != -1) {
             ++nMoved;
-        } else {
+            return;
+        }
+        shortSystem = shortSystem || TellShortParameter(account, &teller, card, "SYSTEM");
+        if (!shortSystem) {
             TellCoordinates(&teller, pair);
         }
     });
@@ -342,17 +357,6 @@ void TellName(Account *account, Teller *teller, int card, int line, const std::s
     } else {
         teller->Tell(Code::setByName, line, {SectionName(*account, card), name});
     }
-}
-
-// GENERATE cut short: the reader takes ranges for members.
-bool TellShortParameter(Account *account, Teller *teller, int card) {
-    const deck::Finding *remark = RemarkOn(*account, card, deck::Code::abbreviatedParameter);
-    if (remark == nullptr) {
-        return false;
-    }
-    teller->Flaw();
-    Add(account, Code::abbreviatedParameter, remark->place, remark->words);
-    return true;
 }
 
 } // namespace
@@ -420,7 +424,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
 void TellNoList(Account *account, Teller *teller, int card, deck::SetSource source) {
     if (source == deck::SetSource::surface) {
         teller->Tell(Code::noSurface, 0, {SectionName(*account, card)});
-    } else if (!TellShortParameter(account, teller, card)) {
+    } else if (!TellShortParameter(account, teller, card, source == deck::SetSource::elset ? "ELSET" : "GENERATE")) {
         teller->Tell(Code::differs, 0, {SectionName(*account, card) + " is read as a list"});
     }
 }

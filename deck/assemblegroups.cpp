@@ -69,17 +69,20 @@ void GroupRun(Assembling *a, const ElementRun &run, GroupMap *named, GroupMap *s
     }
 }
 
-// Whether elements of the type become cells of the mesh.
-bool MakesCells(const ElementType &type) {
-    return type.kind == TypeClass::cell || type.kind == TypeClass::sameShape || type.kind == TypeClass::split;
+// Whether the section, which has no rows, makes a group all the same: the *ELEMENT line of a type that makes cells.
+bool MakesEmptyGroup(const Assembling &a, const ElementSection &section) {
+    const TypeClass kind = a.deck->types[static_cast<std::size_t>(section.type)].type.kind;
+    const bool cells = kind == TypeClass::cell || kind == TypeClass::sameShape || kind == TypeClass::split;
+    return cells && !section.elset.empty() &&
+           a.deck->cards[static_cast<std::size_t>(section.card)].keyword == Keyword::element;
 }
 
-// The groups of one scope's sections. A section of cells that says its group has one without any rows, too.
+// The groups of one scope's sections.
 std::size_t GroupSections(Assembling *a, int placed, int scope, std::size_t run, GroupMap *named, GroupMap *scopes) {
     for (const ElementSection &section : a->At(scope).elements.sections) {
         if (section.count > 0) {
             GroupRun(a, a->mesh->elementRuns[run++], named, scopes);
-        } else if (!section.elset.empty() && MakesCells(a->deck->types[static_cast<std::size_t>(section.type)].type)) {
+        } else if (MakesEmptyGroup(*a, section)) {
             GroupNamed(a, named, placed, section.elset, GroupFrom::elset);
         }
     }

@@ -203,14 +203,24 @@ void Compare(const char *what, const NameCounts &wanted, const NameCounts &found
     }
 }
 
-// Where sides of linear and of quadratic cells, or copies and other nodes, can be told from one another: not in decks
-// whose elements name any nodes.
-bool CanTellFaces(const Case &deck, const meshfile::Mesh &mesh) {
-    std::set<std::size_t> widths;
-    for (std::size_t c = 0; c < mesh.cells.rows.Count(); ++c) {
-        widths.insert(mesh.cells.rows.Width(c));
+// Whether sides of linear and of quadratic cells can be told from one another: not where elements lack nodes, or share
+// them so that one's corner is another's middle.
+bool CanTellFaces(const meshfile::Mesh &mesh) {
+    const std::set<int> middles = MiddleNodes(mesh);
+    if (middles.count(-1) != 0) {
+        return false;
     }
-    return deck.kind != Kind::wild || widths.empty() || (widths.size() == 1 && *widths.begin() < 6);
+    for (std::size_t c = 0; c < mesh.cells.rows.Count() && !middles.empty(); ++c) {
+        const std::size_t width = mesh.cells.rows.Width(c);
+        for (std::size_t k = 0; k < width; ++k) {
+            const int node = mesh.cells.rows.Row(c)[k];
+            const bool isMiddle = (width == 6 && k % 2 == 1) || (width == 10 && k >= 4);
+            if (node == -1 || (!isMiddle && middles.count(node) != 0)) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 void CompareReading(const Case &deck, const Shown &shown, const Summary &reading, Complaints *complaints) {
@@ -223,7 +233,7 @@ void CompareReading(const Case &deck, const Shown &shown, const Summary &reading
     if (deck.kind != Kind::wild || !IsCutLoose(mesh)) {
         Compare("reading: node sets", NodeGroups(mesh), CountsOf(reading.nodeSets), complaints);
     }
-    if (CanTellFaces(deck, mesh)) {
+    if (CanTellFaces(mesh)) {
         Compare("reading: surfaces", FaceGroups(mesh), CountsOf(reading.surfaces), complaints);
     }
     NameCounts sets = OfKind(shown.sections, "ELSET");

@@ -363,7 +363,7 @@ TEST(Groups, ComeFromTheElementLineElseTheLastSectionElseAreAll) {
     const auto r = Read(NodesTo(4) + "*ELEMENT, TYPE=CPS3, ELSET=E\n1, 1, 2, 3\n*ELEMENT, TYPE=CPS3\n2, 1, 2, 4\n3, 1, "
                                      "3, 4\n4, 2, 3, 4\n*ELSET, ELSET=X\n1, 2, 3\n"
                                      "*ELSET, ELSET=Y\n3\n*SOLID SECTION, ELSET=X, MATERIAL=M\n*Solid Section, "
-                                     "elset=Y, material=M2\n1.\n*SHELL SECTION, ELSET=NO, COMPOSITE\n");
+                                     "els=Y, mater=M2\n1.\n*SHELL SECTION, ELSET=NO, COMPOSITE\n");
     EXPECT_EQ(r.Groups(), (Names{"E", "X", "Y", "ALL"}));
     EXPECT_EQ(r.mesh.assignment, (Ints{0, 0, 1, -1}));
     EXPECT_EQ(r.deck.scopes[0].assignments[1].material, "M2");
