@@ -254,6 +254,8 @@ void TellCoordinates(Teller *teller, const NodeRow &row) {
         teller->Tell(Code::dExponent, row.line, {meant, read});
     } else if (teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, row.line, {});
+    } else if (teller->Remarked(deck::Code::rowEndComma)) {
+        teller->Tell(Code::rowEndComma, row.line, {"the next row"});
     } else if (!teller->DeckSaysOfNumbers()) {
         teller->Tell(Code::differs, row.line, {"the translator reads " + read + ", not " + meant});
     }
@@ -401,9 +403,9 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         const std::size_t j = gap.read + (i - gap.meant);
         if (const std::string *name = meant.NameOf(i)) {
             TellName(account, teller, card, line, *name);
-        } else if (DeckSays(*account, deck::Code::badNumber, line, line) ||
+        } else if (meant.commented || DeckSays(*account, deck::Code::badNumber, line, line) ||
                    DeckSays(*account, deck::Code::numberRange, line, line)) {
-            teller->Flaw(); // the deck has said what is wrong with the row
+            teller->Flaw(); // it is said what is wrong with the row, or with one about it
         } else {
             TellAltered(teller, line, std::to_string(meant(i)),
                         j < gap.readEnd ? std::to_string(set.numbers[j]) : "nothing");
