@@ -82,7 +82,7 @@ struct Account {
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
     std::unique_ptr<HeldNodes> heldNodes;             // after Reading::Resolve
     CellIndex cells;                                  // likewise
-    std::vector<int> repeatedNodes;                   // numbers of nodes that are given several times, ascending
+    std::vector<int> repeatedNodes;                   // numbers of nodes that either reading has several times, ascending
     std::vector<char>
         nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 

@@ -128,6 +128,12 @@ void NoteRepeatedNodes(Account *account) {
             }
         }
     }
+    const std::vector<int> &held = account->heldNodes->numbers();
+    for (std::size_t i = 1; i < held.size(); ++i) { // a row that is none of a node to the deck may give one again
+        if (held[i] == held[i - 1]) {
+            account->repeatedNodes.push_back(held[i]);
+        }
+    }
     std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
 }
 

@@ -1,6 +1,7 @@
 // Elements: their dimension, orientation and type, and the nodes that none of them uses.
 #include "account/account.h"
 
+#include "abaqus/abqdeck.h"
 #include "support/lookup.h"
 
 #include <algorithm>
@@ -167,13 +168,32 @@ void AccountHeldRuns(Account *account) {
         }
         const bool triangles = DimensionOf(TypeOf(*account, run).shape) == 2;
         if (triangles && !flatMesh) {
-            Add(account, Code::mixedDimension, PlaceOf(*account, SectionOf(*account, run).card), {},
-                static_cast<long long>(run.count));
+            Add(account, Code::mixedDimension, PlaceOf(*account, SectionOf(*account, run).card),
+                {std::to_string(run.count) + " triangles stand beside tetrahedra"}, static_cast<long long>(run.count));
             continue;
         }
         AccountOrientation(account, run);
         if (triangles) {
             AccountPlane(account, run, plane, tolerance);
+        }
+    }
+}
+
+// One section decides the dimension of the translator's mesh, even without rows.
+void AccountDecidingSection(Account *account) {
+    const ABQCellBlock *deciding = ABQDeck()->cellBlocks;
+    while (deciding != nullptr && deciding->next != nullptr) { // the last of the list, as the hand-over takes it
+        deciding = deciding->next;
+    }
+    const int held = ABQDeck()->nDim;
+    if (deciding == nullptr || deciding->count > 0 || account->mesh.dimension == 0 || held == account->mesh.dimension) {
+        return;
+    }
+    for (std::size_t c = 0; c < account->cards.size(); ++c) {
+        const CardUse &use = account->cards[c];
+        if (use.state == CardState::held && use.readLine == deciding->nLine) {
+            Add(account, Code::mixedDimension, PlaceOf(*account, static_cast<int>(c)),
+                {"this section, which has no rows, makes it " + std::to_string(held)});
         }
     }
 }
@@ -268,6 +288,7 @@ void AccountUnusedNodes(Account *account) {
 void AccountElements(Account *account) {
     MarkUsedNodes(account);
     AccountHeldRuns(account);
+    AccountDecidingSection(account);
     AccountLines(account);
 }
 

@@ -15,6 +15,9 @@ namespace {
 // Findings of one kind that a section reports row by row; those beyond count with the last of them.
 constexpr int kMostRowsTold = 1000;
 
+// The reader cuts a line here, wherever it stands.
+constexpr const char *kComment = "**";
+
 // Rows of a table that stand below one keyword line, in the deck's own file.
 class RowList {
   public:
@@ -217,6 +220,17 @@ int SystemOf(const Account &account, int card) {
     return -1;
 }
 
+// The parameter of that one word, where it is cut short: the reader does not know it then, and takes the section in.
+bool TellShortParameter(Account *account, Teller *teller, int card, const char *name) {
+    const deck::Parameter *parameter = FindParameter(account->deck.cards[static_cast<std::size_t>(card)], name);
+    if (parameter == nullptr || parameter->written.size() == std::strlen(name)) {
+        return false;
+    }
+    teller->Flaw();
+    Add(account, Code::abbreviatedParameter, PlaceOf(*account, card, name), {parameter->written, name});
+    return true;
+}
+
 struct NodeRow {
     int line;
     double meant[3];
@@ -237,6 +251,8 @@ void TellCoordinates(Teller *teller, const NodeRow &row) {
         teller->Tell(Code::dExponent, row.line, {meant, read});
     } else if (teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, row.line, {});
+    } else if (teller->Remarked(deck::Code::rowEndComma)) {
+        teller->Tell(Code::rowEndComma, row.line, {"the next row"});
     } else if (!teller->DeckSaysOfNumbers()) {
         teller->Tell(Code::differs, row.line, {"the translator reads " + read + ", not " + meant});
     }
@@ -259,6 +275,7 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
     TellGaps(&teller, gaps, lineOf, meant, read);
 
     long long nMoved = 0;
+    bool shortSystem = false;
     const int system = SystemOf(*account, card);
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
@@ -275,7 +292,10 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
         }
         if (system != -1) {
             ++nMoved;
-        } else {
+            return;
+        }
+        shortSystem = shortSystem || TellShortParameter(account, &teller, card, "SYSTEM");
+        if (!shortSystem) {
             TellCoordinates(&teller, pair);
         }
     });
@@ -324,6 +344,10 @@ namespace {
 
 // A set's entry that is a name, where the reader has a number.
 void TellName(Account *account, Teller *teller, int card, int line, const std::string &name) {
+    if (name.find(kComment) != std::string::npos) {
+        teller->Tell(Code::commentInside, line, {});
+        return;
+    }
     const std::size_t dot = name.find('.');
     const auto isInstance = [&](const deck::Instance &instance) { return name.compare(0, dot, instance.name) == 0; };
     if (dot != std::string::npos &&
@@ -334,17 +358,6 @@ void TellName(Account *account, Teller *teller, int card, int line, const std::s
     }
 }
 
-// GENERATE cut short: the reader takes ranges for members.
-bool TellShortParameter(Account *account, Teller *teller, int card) {
-    const deck::Finding *remark = RemarkOn(*account, card, deck::Code::abbreviatedParameter);
-    if (remark == nullptr) {
-        return false;
-    }
-    teller->Flaw();
-    Add(account, Code::abbreviatedParameter, remark->place, remark->words);
-    return true;
-}
-
 } // namespace
 
 namespace {
@@ -352,7 +365,8 @@ namespace {
 // Entries of a set's section: numbers, or names, which the reader takes for 0.
 struct Entries {
     const deck::SetTable *table;
-    RowList rows; // positions in table->entries
+    RowList rows;           // positions in table->entries
+    bool commented = false; // a name holds what the reader takes for the begin of a comment
 
     int operator()(std::size_t i) const {
         const int entry = table->entries[rows[i]];
@@ -369,6 +383,16 @@ struct Entries {
     }
 };
 
+bool HoldsCommentInside(const Entries &entries) {
+    for (std::size_t i = 0; i < entries.rows.size() && !entries.table->names.empty(); ++i) {
+        const std::string *name = entries.NameOf(i);
+        if (name != nullptr && name->find(kComment) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant, const ABQSet &set, const Gap &gap) {
     const std::size_t extra = gap.readEnd - gap.read;
     for (std::size_t i = gap.meant; i < gap.meantEnd; ++i) {
@@ -376,9 +400,9 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         const std::size_t j = gap.read + (i - gap.meant);
         if (const std::string *name = meant.NameOf(i)) {
             TellName(account, teller, card, line, *name);
-        } else if (DeckSays(*account, deck::Code::badNumber, line, line) ||
+        } else if (meant.commented || DeckSays(*account, deck::Code::badNumber, line, line) ||
                    DeckSays(*account, deck::Code::numberRange, line, line)) {
-            teller->Flaw(); // the deck has said what is wrong with the row
+            teller->Flaw(); // it is said what is wrong with the row, or with one about it
         } else {
             TellAltered(teller, line, std::to_string(meant(i)),
                         j < gap.readEnd ? std::to_string(set.numbers[j]) : "nothing");
@@ -388,7 +412,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         return;
     }
     teller->Flaw();
-    if (!teller->DeckSaysOfNumbers()) {
+    if (!teller->DeckSaysOfNumbers() && !meant.commented) {
         teller->Tell(Code::differs, 0,
                      {SectionName(*account, card) + ": the translator reads more members than there are"},
                      static_cast<long long>(extra));
@@ -399,7 +423,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
 void TellNoList(Account *account, Teller *teller, int card, deck::SetSource source) {
     if (source == deck::SetSource::surface) {
         teller->Tell(Code::noSurface, 0, {SectionName(*account, card)});
-    } else if (!TellShortParameter(account, teller, card)) {
+    } else if (!TellShortParameter(account, teller, card, source == deck::SetSource::elset ? "ELSET" : "GENERATE")) {
         teller->Tell(Code::differs, 0, {SectionName(*account, card) + " is read as a list"});
     }
 }
@@ -415,7 +439,7 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(use.scope)];
     const bool ofNodes = account->deck.cards[static_cast<std::size_t>(card)].keyword == deck::Keyword::nset;
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
-    Entries meant{&table, RowList()};
+    Entries meant{&table, RowList(), false};
     for (int s = use.section; s < use.section + use.sections; ++s) {
         const deck::SetSection &section = table.sections[static_cast<std::size_t>(s)];
         if (section.file != 0) {
@@ -431,6 +455,7 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const auto nRead = static_cast<std::size_t>(set.count);
     const auto read = [&](std::size_t j) { return set.numbers[j]; };
     const std::vector<Gap> gaps = FindGaps(meant.rows.size(), meant, nRead, read);
+    meant.commented = !gaps.empty() && HoldsCommentInside(meant);
     for (const Gap &gap : gaps) {
         TellSetGap(account, &teller, card, meant, set, gap);
     }

@@ -297,6 +297,16 @@ void ReportUnseen(Account *account, int card, Lookback *lines) {
         {SectionName(*account, card) + " is lost: the translator does not see its keyword line"});
 }
 
+void NoteStates(Account *account, const std::vector<const ReadSection *> &ofCard) {
+    for (std::size_t c = 0; c < ofCard.size(); ++c) {
+        CardUse &use = account->cards[c];
+        if (use.state == CardState::unseen && ofCard[c] != nullptr) {
+            use.state = ofCard[c]->refusal != Refusal::kNone ? CardState::refused : CardState::held;
+            use.readLine = use.state == CardState::held ? ofCard[c]->line : -1;
+        }
+    }
+}
+
 } // namespace
 
 void MatchSections(Account *account) {
@@ -304,28 +314,26 @@ void MatchSections(Account *account) {
     NoteAllSections(account);
     std::vector<const ReadSection *> ofCard(account->deck.cards.size(), nullptr);
     const std::vector<const ReadSection *> strange = PairSections(account, &ofCard);
+    NoteStates(account, ofCard); // of all, before rows are compared: those of one section may have come to another
     Lookback lines(account->deck.files[0].path);
     AllRecords records;
     for (std::size_t c = 0; c < ofCard.size(); ++c) {
-        CardUse &use = account->cards[c];
+        const CardUse &use = account->cards[c];
         const int card = static_cast<int>(c);
-        if (use.state != CardState::unseen) {
-            continue;
-        }
-        if (ofCard[c] == nullptr) {
+        if (use.state == CardState::unseen) {
             ReportUnseen(account, card, &lines);
-        } else if (ofCard[c]->refusal != Refusal::kNone) {
-            use.state = CardState::refused;
+        } else if (use.state == CardState::refused) {
             ReportRefusal(account, card, *ofCard[c]);
-        } else {
-            use.state = CardState::held;
-            use.readLine = ofCard[c]->line;
+        } else if (use.state == CardState::held) {
             CompareHeld(account, card, use.readLine, &records);
         }
     }
     for (const ReadSection *section : strange) {
-        Add(account, Code::differs, PlaceOfLine(static_cast<int>(section->line)),
-            {"the translator reads a section here, which the deck does not mean"});
+        const int line = static_cast<int>(section->line);
+        if (!DeckSays(*account, deck::Code::misspelt, line, line)) { // "*NODE** all" is *NODE to the reader
+            Add(account, Code::differs, PlaceOfLine(line),
+                {"the translator reads a section here, which the deck does not mean"});
+        }
     }
     for (const long long line : account->reading.longLines()) {
         Add(account, Code::longLine, PlaceOfLine(static_cast<int>(line)));

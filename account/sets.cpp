@@ -144,6 +144,28 @@ void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const T
     }
 }
 
+// What *NODE lines put into a set.
+struct OnNodes {
+    int card = -1; // the first of them that is held
+    std::size_t count = 0;
+    bool alone = true; // no other line makes the set
+};
+
+OnNodes FindOnNodes(const Account &account, const deck::Scope &scope, const deck::Set &set) {
+    OnNodes found;
+    for (const int s : set.sections) {
+        const SetSection &section = SectionAt(scope.nodeSets, s);
+        if (section.source != SetSource::nodes) {
+            found.alone = false;
+            continue;
+        }
+        found.count += scope.nodes.sections[static_cast<std::size_t>(section.rowsOf)].count;
+        const bool held = account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+        found.card = found.card == -1 && held ? section.card : found.card;
+    }
+    return found;
+}
+
 // NSET= on *NODE lines.
 void AccountSetsOnNodes(Account *account) {
     for (const deck::Scope &scope : account->deck.scopes) {
@@ -152,20 +174,13 @@ void AccountSetsOnNodes(Account *account) {
             nNodes += section.count;
         }
         for (const deck::Set &set : scope.nodeSets.sets) {
-            std::size_t nOfSet = 0;
-            int card = -1;
-            for (const int s : set.sections) {
-                const SetSection &section = SectionAt(scope.nodeSets, s);
-                if (section.source == SetSource::nodes) {
-                    nOfSet += scope.nodes.sections[static_cast<std::size_t>(section.rowsOf)].count;
-                    const bool held = account->cards[static_cast<std::size_t>(section.card)].state == CardState::held;
-                    card = card == -1 && held ? section.card : card;
-                }
+            const OnNodes on = FindOnNodes(*account, scope, set);
+            if (on.card == -1 || (on.count == 0 && !on.alone)) {
+                continue;
             }
-            if (card != -1 && nOfSet > 0) {
-                Add(account, nOfSet == nNodes ? Code::allNodesSet : Code::setOnNode, PlaceOf(*account, card, "NSET"),
-                    {set.name}, static_cast<long long>(nOfSet));
-            }
+            const bool all = on.count == nNodes && nNodes > 0;
+            Add(account, all ? Code::allNodesSet : Code::setOnNode, PlaceOf(*account, on.card, "NSET"), {set.name},
+                static_cast<long long>(on.count));
         }
     }
 }

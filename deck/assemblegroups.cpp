@@ -69,6 +69,26 @@ void GroupRun(Assembling *a, const ElementRun &run, GroupMap *named, GroupMap *s
     }
 }
 
+// Whether the section, which has no rows, makes a group all the same: the *ELEMENT line of a type that makes cells.
+bool MakesEmptyGroup(const Assembling &a, const ElementSection &section) {
+    const TypeClass kind = a.deck->types[static_cast<std::size_t>(section.type)].type.kind;
+    const bool cells = kind == TypeClass::cell || kind == TypeClass::sameShape || kind == TypeClass::split;
+    return cells && !section.elset.empty() &&
+           a.deck->cards[static_cast<std::size_t>(section.card)].keyword == Keyword::element;
+}
+
+// The groups of one scope's sections.
+std::size_t GroupSections(Assembling *a, int placed, int scope, std::size_t run, GroupMap *named, GroupMap *scopes) {
+    for (const ElementSection &section : a->At(scope).elements.sections) {
+        if (section.count > 0) {
+            GroupRun(a, a->mesh->elementRuns[run++], named, scopes);
+        } else if (MakesEmptyGroup(*a, section)) {
+            GroupNamed(a, named, placed, section.elset, GroupFrom::elset);
+        }
+    }
+    return run;
+}
+
 } // namespace
 
 void AssembleGroups(Assembling *a) {
@@ -83,9 +103,12 @@ void AssembleGroups(Assembling *a) {
         }
     }
     GroupMap named;
-    GroupMap scopes; // a set may have the name of an instance
-    for (const ElementRun &run : mesh.elementRuns) {
-        GroupRun(a, run, &named, &scopes);
+    GroupMap scopes;     // a set may have the name of an instance
+    std::size_t run = 0; // they stand in the order of the sections that have rows
+    for (int placed = 0; placed <= a->Root(); ++placed) {
+        for (const Slot &slot : a->slots[static_cast<std::size_t>(placed)]) {
+            run = GroupSections(a, placed, slot.scope, run, &named, &scopes);
+        }
     }
 }
 

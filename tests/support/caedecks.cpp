@@ -602,6 +602,7 @@ class Builder {
         for (const Ints &some : dice_.Deal(nodes, 3)) {
             const std::string name = Name();
             Add(part, {"NSET", "NSET=" + name});
+            part->sets[kNodes][name] = {};
             for (const int number : some) {
                 AddRow(part, {Whole(number)});
                 part->sets[kNodes][name].emplace(0, number);
