@@ -4,10 +4,10 @@ include(${PROJECT_SOURCE_DIR}/fuzz/targets.cmake)
 # replay_run, replay_rows, ...: each target over its seeds and finds and some inputs made at random, with whatever compiler is at hand.
 foreach(target ${KIVOM_FUZZ_TARGETS})
   add_executable(replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/${target}_fuzz.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-  target_link_libraries(replay_${target} PRIVATE kivom_fakesystem)
+  kivom_link_fuzz(replay_${target} ${target})
   add_test(NAME replay.${target}
     COMMAND replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/seeds/${target} ${PROJECT_SOURCE_DIR}/fuzz/found/${target}
-            --random 1500)
+            ${KIVOM_FUZZ_SEEDS_${target}} --random 1500)
 endforeach()
 
 add_executable(alloc_test ${CMAKE_CURRENT_LIST_DIR}/faults/alloc_test.cpp)

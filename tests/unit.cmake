@@ -49,8 +49,3 @@ if(TARGET kivodeck)
   add_test(NAME docs.findings
     COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
 endif()
-
-# The fuzz target of the account over its seeds, the catalogue's clean decks and the examples, with any compiler.
-add_executable(replay_checkdeck ${PROJECT_SOURCE_DIR}/fuzz/account/checkdeck.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-target_link_libraries(replay_checkdeck PRIVATE kivom_account kivom_deck kivom_core kivom_system)
-add_test(NAME replay.checkdeck COMMAND replay_checkdeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
