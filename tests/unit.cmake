@@ -5,7 +5,7 @@ foreach(room allocate scan names sort lookup store rows line exchange order find
   kivom_test(${room}_test LINK kivom_fakesystem)
 endforeach()
 
-foreach(room cards model assemble)
+foreach(room cards model generators assemble)
   kivom_test(deck_${room}_test LINK kivom_deck kivom_fakesystem)
 endforeach()
 
