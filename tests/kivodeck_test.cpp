@@ -159,6 +159,16 @@ TEST(Json, OfSeveralDecksIsOneObject) {
     EXPECT_EQ(report["verdict"]["errors"], 0);
 }
 
+TEST(Json, HasTheChainOfIncludes) {
+    const json report = json::parse(RunDeck("check --format=json decks/include-cycle.inp").out);
+    const json &finding = report["findings"][1]; // behind that of the include itself
+    EXPECT_EQ(finding["code"], "include-cycle");
+    EXPECT_EQ(finding["file"], "decks/include-cycle-loop.inc");
+    ASSERT_EQ(finding["included_from"].size(), 1u);
+    EXPECT_EQ(finding["included_from"][0]["file"], "decks/include-cycle.inp");
+    EXPECT_EQ(finding["included_from"][0]["line"], 11);
+}
+
 TEST(Text, ShowsTenOfACodeUnlessAskedForAll) {
     std::string text = std::string(kPlate);
     for (int i = 0; i < 25; ++i) {
@@ -262,6 +272,16 @@ TEST(Explain, ShowsOneCodeAndAll) {
     EXPECT_NE(one.out.find("*Nset, nset=Left, generate"), std::string::npos);
     EXPECT_NE(RunDeck("explain").out.find("\nrow-end-comma "), std::string::npos);
     EXPECT_EQ(json::parse(RunDeck("explain --format=json no-generate").out)["level"], "error");
+    std::istringstream lines(RunDeck("explain").out);
+    const json all = json::parse(RunDeck("explain --format=json").out);
+    EXPECT_EQ(all["schema_version"], 1);
+    EXPECT_GT(all["codes"].size(), 50u);
+    for (const json &code : all["codes"]) { // the same, in the same order
+        std::string word, level, text;
+        std::getline(lines >> word >> level, text);
+        EXPECT_EQ(code["code"], word);
+        EXPECT_EQ(code["level"], level);
+    }
 }
 
 } // namespace
