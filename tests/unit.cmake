@@ -5,7 +5,7 @@ foreach(room allocate scan names sort lookup store rows line exchange order find
   kivom_test(${room}_test LINK kivom_fakesystem)
 endforeach()
 
-foreach(room cards model assemble)
+foreach(room cards model generators assemble)
   kivom_test(deck_${room}_test LINK kivom_deck kivom_fakesystem)
 endforeach()
 
@@ -43,6 +43,7 @@ if(TARGET kivodeck)
   target_link_libraries(check_random_test PRIVATE kivom_account kivom_fakesystem nlohmann_json::nlohmann_json)
   add_test(NAME check_random COMMAND check_random_test)
   kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
+  target_sources(kivodeck_test PRIVATE ../kivodeck/terminal.cpp)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
   add_dependencies(kivodeck_test kivodeck)
