@@ -190,6 +190,7 @@ void TellGaps(Teller *teller, const std::vector<Gap> &gaps, const LineOf &lineOf
             }
         } else {
             TellLost(teller, before, lost, lineOf(gap.meant));
+            teller->TakeIn();
         }
     }
 }
