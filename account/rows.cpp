@@ -183,7 +183,7 @@ void TellGaps(Teller *teller, const std::vector<Gap> &gaps, const LineOf &lineOf
             TellExtra(teller, before, extra);
         } else if (extra == 0) {
             TellLost(teller, before, lost, lineOf(gap.meant));
-        } else if (lost == extra) {
+        } else if (lost == extra && !teller->Remarked(deck::Code::rowEndComma)) {
             for (std::size_t i = 0; i < lost; ++i) {
                 TellAltered(teller, lineOf(gap.meant + i), std::to_string(meant(gap.meant + i)),
                             std::to_string(read(gap.read + i)));
