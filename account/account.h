@@ -82,12 +82,13 @@ struct Account {
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
     std::unique_ptr<HeldNodes> heldNodes;             // after Reading::Resolve
     CellIndex cells;                                  // likewise
-    std::vector<int> repeatedNodes;                   // numbers of nodes that either reading has several times, ascending
+    std::vector<int> repeatedNodes; // numbers of nodes that either reading has several times, ascending
     std::vector<char>
         nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
     std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
     std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
+    bool rowsTakenIn = false;  // the reader has rows of nodes or elements that are none to the deck, as has been told
     bool mayBeMissing = false; // the deck lacks something that elements may stand in: what none uses says nothing then
 
     Account(deck::Deck &d, Reading &r) : deck(d), reading(r) {}

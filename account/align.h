@@ -66,7 +66,7 @@ std::vector<Gap> FindGaps(std::size_t nMeant, const Meant &meant, std::size_t nR
                 return;
             }
         }
-        *a = std::min(nMeant - i, *b);
+        *a = j + *b < nRead ? std::min(nMeant - i, *b) : nMeant - i; // the lists have no more in common
     };
     while (i < nMeant && j < nRead) {
         if (meant(i) == read(j)) {

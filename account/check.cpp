@@ -148,13 +148,26 @@ bool IsOfMembers(Code code) {
            code == Code::setWithoutGroup || code == Code::unknownLabel;
 }
 
-// A deck that has not even a keyword line of elements, and nothing that could hide one.
+// Sections of elements without any row, in both readings, and nothing told that could be why.
+bool HasNoElements(const Account &account) {
+    for (const ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+        if (block->count > 0) {
+            return false;
+        }
+    }
+    return account.mesh.elementNumber.empty() &&
+           std::none_of(account.findings.begin(), account.findings.end(),
+                        [](const Finding &finding) { return KindOf(finding.code).level == Level::error; });
+}
+
+// A deck that has not even a keyword line of elements, or rows of none, and nothing that could hide one.
 void AccountEmptyDeck(Account *account) {
     const auto isOfElements = [](const deck::Card &card) {
         return card.keyword == deck::Keyword::element || card.keyword == deck::Keyword::elgen ||
                card.keyword == deck::Keyword::elcopy;
     };
-    const bool empty = std::none_of(account->deck.cards.begin(), account->deck.cards.end(), isOfElements) &&
+    const std::vector<deck::Card> &cards = account->deck.cards;
+    const bool empty = (std::none_of(cards.begin(), cards.end(), isOfElements) || HasNoElements(*account)) &&
                        account->deck.readable && !account->mayBeMissing;
     if (!empty) {
         return;

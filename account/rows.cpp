@@ -96,6 +96,11 @@ class Teller {
         return first != lines.end() && *first <= LastLineOf(*account_, card_);
     }
 
+    void TakeIn() {
+        Flaw();
+        account_->rowsTakenIn = true;
+    }
+
     void Flaw() {
         account_->cards[static_cast<std::size_t>(card_)].flawed = true;
     }
@@ -153,8 +158,10 @@ void TellAltered(Teller *teller, int line, const std::string &meant, const std::
 
 // Rows that only the reader has.
 void TellExtra(Teller *teller, int line, std::size_t count) {
-    teller->Flaw();
-    if (teller->NextIsUnseen() || teller->DeckSaysOfNumbers()) {
+    teller->TakeIn();
+    const bool sectionTold =
+        teller->DeckTold(deck::Code::missingParameter) || teller->DeckTold(deck::Code::unknownType);
+    if (teller->NextIsUnseen() || teller->DeckSaysOfNumbers() || sectionTold) {
         return;
     }
     teller->Tell(Code::differs, line, {"the translator holds " + std::to_string(count) + " rows more than there are"});
@@ -173,13 +180,16 @@ void TellGaps(Teller *teller, const std::vector<Gap> &gaps, const LineOf &lineOf
         }
         if (lost == 0) {
             TellExtra(teller, before, extra);
-        } else if (lost == extra) {
+        } else if (lost == extra && !teller->Remarked(deck::Code::rowEndComma)) {
             for (std::size_t i = 0; i < lost; ++i) {
                 TellAltered(teller, lineOf(gap.meant + i), std::to_string(meant(gap.meant + i)),
                             std::to_string(read(gap.read + i)));
             }
         } else {
             TellLost(teller, before, lost, lineOf(gap.meant));
+            if (extra > 0) {
+                teller->TakeIn();
+            }
         }
     }
 }
@@ -321,6 +331,9 @@ void CompareElementRows(Account *account, int card, const ABQCellBlock &block) {
         return;
     }
     std::size_t at = static_cast<std::size_t>(use.section); // sections and pairs both ascend
+    if (account->deck.types[static_cast<std::size_t>(table.sections[at].type)].type.kind == deck::TypeClass::unknown) {
+        teller.TakeIn(); // of such elements the deck knows no face
+    }
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool) {
         const std::size_t row = rows[i];
         while (row >= table.sections[at].first + table.sections[at].count) {

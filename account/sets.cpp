@@ -117,7 +117,8 @@ void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, lo
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || account->mayBeMissing || !account->clashingNodes.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || account->rowsTakenIn ||
+                           !account->clashingNodes.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last) ||
                            DeckSays(*account, deck::Code::numberRange, first, last);

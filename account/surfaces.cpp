@@ -188,6 +188,23 @@ struct TaggedSurfaces {
     }
 };
 
+// Whether the element sets that the surface's rows name are held as they are meant.
+bool AreSetsWhole(const Account &account, const MeshSurface &surface) {
+    for (const deck::Origin &origin : surface.origins) {
+        const deck::SurfaceTable &table = account.deck.scopes[static_cast<std::size_t>(origin.scope)].surfaces;
+        for (const int s : table.surfaces[static_cast<std::size_t>(origin.index)].sections) {
+            const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(s)];
+            for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount; ++r) {
+                const int member = table.rows[r].member;
+                if (member < 0 && !IsWhole(account, table.names[static_cast<std::size_t>(-1 - member)])) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
 // Faces that carry the surface's tag though the deck does not mean them, where nothing that has been told explains it.
 void TellStrangers(Account *account, const MeshSurface &surface, const HeldSurface &held, long long nHeld,
                    const TaggedSurfaces &tagged) {
@@ -197,11 +214,12 @@ void TellStrangers(Account *account, const MeshSurface &surface, const HeldSurfa
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || account->mayBeMissing || !account->clashingElements.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || account->rowsTakenIn ||
+                           !account->clashingElements.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::unknownLabel, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last);
-    if (nTagged > nHeld && !explained) {
+    if (nTagged > nHeld && !explained && AreSetsWhole(*account, surface)) {
         Add(account, Code::differs, PlaceOf(*account, held.cards.front()),
             {"the translator puts more faces into surface " + surface.plain + " than the deck does"}, nTagged - nHeld);
     }

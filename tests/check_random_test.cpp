@@ -15,15 +15,19 @@
 #include "tests/support/runs.h"
 
 #include "account/check.h"
+#include "deck/assemble.h"
 #include "kivodeck/report.h"
 #include "meshfile/meshfile.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <numeric>
 #include <set>
 #include <string>
 #include <tuple>
@@ -268,6 +272,55 @@ void CompareMeaning(const char *whose, const Wanted &wanted, const Summary &foun
     *complaints += own.empty() ? "" : std::string(whose) + ":\n" + own;
 }
 
+// Twice the area or six times the volume of an element, whose faces are flat: positive where it is the right way round.
+double MeasureOf(const deck::Mesh &mesh, const int *nodes, deck::Shape shape) {
+    const auto at = [&](int corner) {
+        const auto node = static_cast<std::size_t>(nodes[corner]);
+        return std::array<double, 3>{mesh.x[node], mesh.y[node], mesh.z[node]};
+    };
+    double measure = 0;
+    for (int f = 0; f < deck::FacesOf(shape); ++f) {
+        const deck::FaceRow &face = deck::FaceOf(shape, f);
+        const auto a = at(face.corner[0]), b = at(face.corner[1]);
+        if (deck::DimensionOf(shape) == 2) {
+            measure += a[0] * b[1] - a[1] * b[0];
+        }
+        for (int k = 2; k < face.nCorners; ++k) { // normals of solids point inwards
+            const auto c = at(face.corner[k - 1]), d = at(face.corner[k]);
+            measure -= a[0] * (c[1] * d[2] - c[2] * d[1]) + a[1] * (c[2] * d[0] - c[0] * d[2]) +
+                       a[2] * (c[0] * d[1] - c[1] * d[0]);
+        }
+    }
+    return measure;
+}
+
+void CompareReal(const char *what, double wanted, double found, Complaints *complaints) {
+    if (!(std::fabs(wanted - found) <= 1e-6 * std::max(1.0, std::fabs(wanted)))) {
+        *complaints +=
+            std::string(what) + " wanted " + std::to_string(wanted) + ", found " + std::to_string(found) + "\n";
+    }
+}
+
+// Where the nodes of a CAE program's deck are, and what its elements fill.
+void CompareGeometry(const CaeDeck &wanted, Complaints *complaints) {
+    deck::Deck deck = deck::ReadDeck("deck.inp");
+    const deck::Mesh mesh = deck::Assemble(deck);
+    double measure = 0;
+    for (const deck::ElementRun &run : mesh.elementRuns) {
+        const deck::Shape shape = deck.types[static_cast<std::size_t>(run.type)].type.shape;
+        for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+            measure += MeasureOf(mesh, deck::NodesOfElement(mesh, run, static_cast<int>(e)), shape);
+        }
+    }
+    CompareReal("measure", wanted.measure, measure / (wanted.dimension == 3 ? 6 : 2), complaints);
+    const auto sum = [](const std::vector<double> &values) {
+        return std::accumulate(values.begin(), values.end(), 0.0);
+    };
+    CompareReal("sum of x", wanted.places[0], sum(mesh.x), complaints);
+    CompareReal("sum of y", wanted.places[1], sum(mesh.y), complaints);
+    CompareReal("sum of z", wanted.places[2], sum(mesh.z), complaints);
+}
+
 // What the reports say must be one thing.
 void CompareReports(const Report &report, Complaints *complaints) {
     const std::string text = kivodeck::TextReport(report, {false, true});
@@ -374,6 +427,7 @@ Complaints Check(std::uint64_t seed, bool showReport, Tally *tally) {
     CompareReading(deck, shown, report.reading, report.meaning.dimension, &complaints);
     if (deck.kind == Kind::cae) {
         CompareMeaning("meaning", deck.cae, report.meaning, &complaints);
+        CompareGeometry(deck.cae, &complaints);
     }
     CompareVerdict(deck, report, &complaints);
     CompareReports(report, &complaints);
