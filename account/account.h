@@ -20,6 +20,7 @@
 #include "deck/assemble.h"
 #include "deck/model.h"
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -41,6 +42,8 @@ enum class CardState : char {
 struct CardUse {
     CardState state = CardState::other;
     bool flawed = false;     // its rows differ, and that has been told
+    int next = -1;           // the next card of its file; -1: it is the last
+    int system = -1;         // the *SYSTEM that moves its nodes; -1: there is none
     int scope = -1;          // of the sections; -1: it has none
     int section = -1;        // the first of them in its table
     int sections = 0;        // how many follow one another
@@ -68,15 +71,18 @@ constexpr char kUnused = 0;
 constexpr char kUsed = 1;
 constexpr char kToldUnused = 2;
 
+// What a deck says of lines of its own file, by code; of each code by line.
+using SaidByCode = std::array<std::vector<const deck::Finding *>, deck::kCodes>;
+
 struct Account {
     deck::Deck &deck;
     Reading &reading;
     deck::Mesh mesh;
     std::vector<Finding> findings;
 
-    std::vector<CardUse> cards; // for each of deck.cards
+    std::vector<CardUse> cards;   // for each of deck.cards
     std::vector<char> passedOver; // for each of deck.files: told as one, at the line that includes it
-    std::vector<int> lostRows;  // lines of the deck's own file whose rows the reader does not hold; ascending
+    std::vector<int> lostRows;    // lines of the deck's own file whose rows the reader does not hold; ascending
 
     std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
@@ -86,8 +92,8 @@ struct Account {
     std::vector<char>
         nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
-    std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
-    std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
+    SaidByCode remarks;        // of the deck's own file
+    SaidByCode told;           // the deck's own findings there
     bool mayBeMissing = false; // the deck lacks something that elements may stand in: what none uses says nothing then
 
     Account(deck::Deck &d, Reading &r) : deck(d), reading(r) {}

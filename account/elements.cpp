@@ -222,6 +222,7 @@ bool LieOnEdges(const Mesh &mesh, const ElementRun &run, const std::vector<Edge>
 void AccountLines(Account *account) {
     const Mesh &mesh = account->mesh;
     std::vector<Edge> edges;
+    bool hasEdges = false;
     for (const ElementRun &run : mesh.elementRuns) {
         const deck::TypeName &type = account->deck.types[static_cast<std::size_t>(run.type)];
         const int card = SectionOf(*account, run).card;
@@ -230,8 +231,9 @@ void AccountLines(Account *account) {
             account->cards[static_cast<std::size_t>(card)].state != CardState::refused) {
             continue;
         }
-        if (edges.empty() && DimensionOf(type.type.shape) == 1) {
+        if (!hasEdges && DimensionOf(type.type.shape) == 1) {
             edges = EdgesOfCells(*account);
+            hasEdges = true;
         }
         const bool onEdges = DimensionOf(type.type.shape) == 1 && LieOnEdges(mesh, run, edges);
         const Code code = !onEdges ? Code::cannotBeKept : mesh.dimension == 2 ? Code::lineElements : Code::edgeLines;

@@ -99,11 +99,10 @@ class Teller {
 
     // The comma at the end of the deck's last row before the next section took something in; that is told there.
     bool NextIsUnseen() const {
-        const auto &cards = account_->deck.cards;
-        for (auto next = static_cast<std::size_t>(card_) + 1; next < cards.size(); ++next) {
-            if (cards[next].place.file == 0) {
-                return account_->cards[next].state == CardState::unseen || account_->cards[next].scope == -1;
-            }
+        const int next = account_->cards[static_cast<std::size_t>(card_)].next;
+        if (next != -1) {
+            const CardUse &use = account_->cards[static_cast<std::size_t>(next)];
+            return use.state == CardState::unseen || use.scope == -1;
         }
         return true;
     }
@@ -205,21 +204,6 @@ bool SameReal(double a, double b) {
     return a == b || (a != a && b != b);
 }
 
-// The *SYSTEM keyword line that moves the section's nodes, or -1.
-int SystemOf(const Account &account, int card) {
-    const std::vector<deck::Card> &cards = account.deck.cards;
-    for (int c = card - 1; c >= 0; --c) {
-        const deck::Keyword keyword = cards[static_cast<std::size_t>(c)].keyword;
-        if (keyword == deck::Keyword::system) {
-            return c;
-        }
-        if (keyword == deck::Keyword::endPart || keyword == deck::Keyword::part) {
-            return -1;
-        }
-    }
-    return -1;
-}
-
 struct NodeRow {
     int line;
     double meant[3];
@@ -262,7 +246,7 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
     TellGaps(&teller, gaps, lineOf, meant, read);
 
     long long nMoved = 0;
-    const int system = SystemOf(*account, card);
+    const int system = use.system;
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
         const NodeRow pair{
