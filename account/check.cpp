@@ -2,6 +2,7 @@
 #include "account/check.h"
 
 #include "account/account.h"
+#include "account/log.h"
 #include "account/summary.h"
 
 #include "abaqus/abqdeck.h"
@@ -266,6 +267,8 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
 } // namespace
 
 Report CheckDeck(const std::string &path, const deck::Limits &limits) {
+    const AtWork work;
+    const LogCatcher silence([](const std::string &) {}); // of the words that go with a shortage
     Report report;
     report.path = path;
     deck::Deck deck = deck::ReadDeck(path, limits);
