@@ -20,6 +20,7 @@
 #include "deck/assemble.h"
 #include "deck/model.h"
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -41,6 +42,8 @@ enum class CardState : char {
 struct CardUse {
     CardState state = CardState::other;
     bool flawed = false;     // its rows differ, and that has been told
+    int next = -1;           // the next card of its file; -1: it is the last
+    int system = -1;         // the *SYSTEM that moves its nodes; -1: there is none
     int scope = -1;          // of the sections; -1: it has none
     int section = -1;        // the first of them in its table
     int sections = 0;        // how many follow one another
@@ -68,6 +71,9 @@ constexpr char kUnused = 0;
 constexpr char kUsed = 1;
 constexpr char kToldUnused = 2;
 
+// What a deck says of lines of its own file, by code; of each code by line.
+using SaidByCode = std::array<std::vector<const deck::Finding *>, deck::kCodes>;
+
 struct Account {
     deck::Deck &deck;
     Reading &reading;
@@ -86,8 +92,8 @@ struct Account {
     std::vector<char>
         nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
-    std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
-    std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
+    SaidByCode remarks;        // of the deck's own file
+    SaidByCode told;           // the deck's own findings there
     bool rowsTakenIn = false;  // the reader has rows of nodes or elements that are none to the deck, as has been told
     bool mayBeMissing = false; // the deck lacks something that elements may stand in: what none uses says nothing then
 

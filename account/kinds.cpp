@@ -331,7 +331,8 @@ const FindingKind kKinds[kCodes] = {
  "Write the mesh out in the mesher."},
 {Code::tooMany, "too-many", Level::error,
  "%1: too much for any mesh",
- "A range may hold a hundred million entries, a deck ten thousand instances.",
+ "A range may hold a hundred million entries, a deck ten thousand instances and as many included files, a hundred of them "
+ "within each other. What sets and surfaces take from one another has to be in proportion to the mesh.",
  nullptr,
  "Correct the row."},
 // Nodes and elements -------------------------------------------------------------------------------

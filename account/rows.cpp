@@ -107,11 +107,10 @@ class Teller {
 
     // The comma at the end of the deck's last row before the next section took something in; that is told there.
     bool NextIsUnseen() const {
-        const auto &cards = account_->deck.cards;
-        for (auto next = static_cast<std::size_t>(card_) + 1; next < cards.size(); ++next) {
-            if (cards[next].place.file == 0) {
-                return account_->cards[next].state == CardState::unseen || account_->cards[next].scope == -1;
-            }
+        const int next = account_->cards[static_cast<std::size_t>(card_)].next;
+        if (next != -1) {
+            const CardUse &use = account_->cards[static_cast<std::size_t>(next)];
+            return use.state == CardState::unseen || use.scope == -1;
         }
         return true;
     }
@@ -215,21 +214,6 @@ bool SameReal(double a, double b) {
     return a == b || (a != a && b != b);
 }
 
-// The *SYSTEM keyword line that moves the section's nodes, or -1.
-int SystemOf(const Account &account, int card) {
-    const std::vector<deck::Card> &cards = account.deck.cards;
-    for (int c = card - 1; c >= 0; --c) {
-        const deck::Keyword keyword = cards[static_cast<std::size_t>(c)].keyword;
-        if (keyword == deck::Keyword::system) {
-            return c;
-        }
-        if (keyword == deck::Keyword::endPart || keyword == deck::Keyword::part) {
-            return -1;
-        }
-    }
-    return -1;
-}
-
 // The parameter of that one word, where it is cut short: the reader does not know it then, and takes the section in.
 bool TellShortParameter(Account *account, Teller *teller, int card, const char *name) {
     const deck::Parameter *parameter = FindParameter(account->deck.cards[static_cast<std::size_t>(card)], name);
@@ -286,7 +270,7 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
 
     long long nMoved = 0;
     bool shortSystem = false;
-    const int system = SystemOf(*account, card);
+    const int system = use.system;
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
         const NodeRow pair{

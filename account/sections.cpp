@@ -243,6 +243,27 @@ void CompareHeld(Account *account, int card, long long line, AllRecords *records
     }
 }
 
+// For each card the next one of its file, and the *SYSTEM before it.
+void FindNeighbours(Account *account) {
+    const std::vector<Card> &cards = account->deck.cards;
+    std::vector<int> before(account->deck.files.size(), -1);
+    int system = -1;
+    for (std::size_t c = 0; c < cards.size(); ++c) {
+        const Keyword keyword = cards[c].keyword;
+        account->cards[c].system = system;
+        if (keyword == Keyword::system) {
+            system = static_cast<int>(c);
+        } else if (keyword == Keyword::part || keyword == Keyword::endPart) {
+            system = -1;
+        }
+        int &last = before[static_cast<std::size_t>(cards[c].place.file)];
+        if (last != -1) {
+            account->cards[static_cast<std::size_t>(last)].next = static_cast<int>(c);
+        }
+        last = static_cast<int>(c);
+    }
+}
+
 // Gives each card of the five kinds in the deck's own file its section of the reader's, as far as there is one.
 // Sections that no card explains come back.
 std::vector<const ReadSection *> PairSections(Account *account, std::vector<const ReadSection *> *ofCard) {
@@ -311,6 +332,7 @@ void NoteStates(Account *account, const std::vector<const ReadSection *> &ofCard
 
 void MatchSections(Account *account) {
     account->cards.resize(account->deck.cards.size());
+    FindNeighbours(account);
     NoteAllSections(account);
     std::vector<const ReadSection *> ofCard(account->deck.cards.size(), nullptr);
     const std::vector<const ReadSection *> strange = PairSections(account, &ofCard);

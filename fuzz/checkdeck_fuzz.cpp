@@ -47,6 +47,9 @@ class Folder {
 // More sections than tags are counted for would say nothing new.
 constexpr std::size_t kMostBytes = 1 << 16;
 
+// Generators may make as many elements as a person could want; here so many are enough.
+constexpr deck::Limits kLimits{100000};
+
 std::string TextOf(const account::Report &report) {
     std::string text;
     for (const account::Finding &finding : report.findings) {
@@ -67,11 +70,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::string path = folder.Deck();
     const std::size_t before = size > 1 && data[0] != '*' ? 2 : 0;
     std::ofstream(path, std::ios::binary) << std::string(reinterpret_cast<const char *>(data) + before, size - before);
-    const account::Report report = account::CheckDeck(path);
+    const account::Report report = account::CheckDeck(path, kLimits);
     const long long counted = report.errors + report.warnings + report.notes;
     Require(counted == static_cast<long long>(report.findings.size()), "the verdict counts the findings");
     const std::string text = TextOf(report);
-    Require(text == TextOf(account::CheckDeck(path)), "a deck has one report");
+    Require(text == TextOf(account::CheckDeck(path, kLimits)), "a deck has one report");
     const std::string difference = readings::DifferenceToMesh(path, report.reading);
     Require(difference.empty(), ("the reading is what the translator holds: " + difference).c_str());
     return 0;

@@ -23,4 +23,9 @@ if(KIVOM_PYTHON)
   add_test(NAME hostile COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/hostile/hostile.py
     --program $<TARGET_FILE:KIVOm> --work ${CMAKE_CURRENT_BINARY_DIR}/hostile-work ${hostile_size})
   set_tests_properties(hostile PROPERTIES TIMEOUT 600 RUN_SERIAL ON)
+  if(TARGET kivodeck)
+    add_test(NAME hostile.check COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/hostile/hostile.py --check
+      --program $<TARGET_FILE:kivodeck> --work ${CMAKE_CURRENT_BINARY_DIR}/hostile-check-work ${hostile_size})
+    set_tests_properties(hostile.check PROPERTIES TIMEOUT 600 RUN_SERIAL ON)
+  endif()
 endif()

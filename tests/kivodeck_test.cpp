@@ -1,20 +1,18 @@
 // The program kivodeck from outside: commands, options, exit statuses, the two forms of a report.
 #include "kivodeck/terminal.h"
+#include "tests/rundeck.h"
 
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include <pty.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -23,23 +21,9 @@ namespace {
 
 using nlohmann::json;
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
 // Runs `kivodeck ARGUMENTS` in the folder of the tests' decks; standard error goes where `errors` says.
 Outcome RunDeck(const std::string &arguments, const std::string &errors = "/dev/null") {
-    const std::string command = "cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors;
-    std::FILE *pipe = popen(command.c_str(), "r");
-    Outcome outcome{-1, ""};
-    char block[4096];
-    for (std::size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;) {
-        outcome.out.append(block, got);
-    }
-    const int status = pclose(pipe);
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return outcome;
+    return RunShell("cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors);
 }
 
 class Deck {
@@ -61,11 +45,6 @@ class Deck {
 
 const char kPlate[] = "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n4, 0., 1.\n"
                       "*Element, type=CPS3, elset=Plate\n1, 1, 2, 3\n2, 1, 3, 4\n";
-
-std::string LastLine(const std::string &text) {
-    const std::size_t end = text.find_last_not_of('\n');
-    return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
-}
 
 TEST(Status, IsZeroForACleanDeckAndTheVerdictIsTheLastLine) {
     const Outcome run = RunDeck("check cps3.inp");
