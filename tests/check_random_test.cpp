@@ -321,7 +321,57 @@ void CompareGeometry(const CaeDeck &wanted, Complaints *complaints) {
     CompareReal("sum of z", wanted.places[2], sum(mesh.z), complaints);
 }
 
-// What the reports say must be one thing.
+// Bytes as JSON has them.
+std::string Utf8(const std::string &bytes) {
+    return nlohmann::json::parse(nlohmann::json(bytes).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+// The line that the text has of a finding.
+std::string LineOf(const nlohmann::json &finding) {
+    std::string line = finding["file"];
+    for (const char *number : {"line", "column"}) {
+        line += finding[number] > 0 ? ":" + finding[number].dump() : "";
+    }
+    for (const char *word : {"level", "text"}) {
+        line += ": " + finding[word].get<std::string>();
+    }
+    line += " [" + finding["code"].get<std::string>() + "]";
+    const char *link = " (included from ";
+    for (const nlohmann::json &from : finding.value("included_from", nlohmann::json::array())) {
+        line += link + from["file"].get<std::string>() + ":" + from["line"].dump();
+        link = ", from ";
+    }
+    return line + (finding.contains("included_from") ? ")\n" : "\n");
+}
+
+// All that a summary lists, and the same from JSON.
+std::string TextOf(const Summary &summary) {
+    std::string text = std::to_string(summary.dimension) + " " + std::to_string(summary.nodes) + " " +
+                       std::to_string(summary.elements) + "\n";
+    for (const auto *list : {&summary.nodeSets, &summary.elementSets, &summary.surfaces, &summary.cellGroups}) {
+        for (const Count &count : *list) {
+            text += Utf8(count.name) + ":" + std::to_string(count.count) + " " + Utf8(count.type) + "\n";
+        }
+        text += "-\n";
+    }
+    return text;
+}
+
+std::string TextOf(const nlohmann::json &summary) {
+    std::string text =
+        summary["dimension"].dump() + " " + summary["nodes"].dump() + " " + summary["elements"].dump() + "\n";
+    constexpr const char *kLists[][2] = {
+        {"node_sets", "members"}, {"element_sets", "members"}, {"surfaces", "faces"}, {"cell_groups", "elements"}};
+    for (const auto &[list, count] : kLists) {
+        for (const nlohmann::json &entry : summary[list]) {
+            text += entry["name"].get<std::string>() + ":" + entry[count].dump() + " " + entry.value("type", "") + "\n";
+        }
+        text += "-\n";
+    }
+    return text;
+}
+
+// What the reports say must be one thing: the same findings in the same order, the same verdict.
 void CompareReports(const Report &report, Complaints *complaints) {
     const std::string text = kivodeck::TextReport(report, {false, true});
     const nlohmann::json json = nlohmann::json::parse(kivodeck::JsonReport({report}), nullptr, false);
@@ -332,23 +382,22 @@ void CompareReports(const Report &report, Complaints *complaints) {
     Compare("JSON: errors", report.errors, json["verdict"]["errors"].get<long long>(), complaints);
     Compare("JSON: warnings", report.warnings, json["verdict"]["warnings"].get<long long>(), complaints);
     Compare("JSON: notes", report.notes, json["verdict"]["notes"].get<long long>(), complaints);
-    long long nLines = 0;
-    std::size_t from = 0;
+    std::string lines; // of the text, as the findings of JSON make them
     for (const nlohmann::json &finding : json["findings"]) {
-        const std::string tail = " [" + finding["code"].get<std::string>() + "]";
-        const std::string head = ": " + finding["level"].get<std::string>() + ": ";
-        const std::size_t at = text.find(tail, from);
-        nLines += at != std::string::npos && text.rfind(head, at) != std::string::npos && text.rfind(head, at) >= from;
-        from = at == std::string::npos ? from : at + tail.size();
+        lines += LineOf(finding);
     }
-    Compare("JSON: findings that the text has", static_cast<long long>(report.findings.size()), nLines, complaints);
-    NameCounts sets;
-    for (const nlohmann::json &set : json["meaning"]["node_sets"]) {
-        sets.emplace_back("", set["members"].get<long long>());
+    std::string others; // and what stands behind the findings
+    for (const auto &[keyword, count] : json["other_keywords"].items()) {
+        others += (others.empty() ? "no part of a mesh: " : ", ") + count.dump() + " *" + keyword;
     }
-    Compare("JSON: node sets", static_cast<long long>(report.meaning.nodeSets.size()),
-            static_cast<long long>(sets.size()), complaints);
-    Compare("JSON: nodes", report.reading.nodes, json["reading"]["nodes"].get<long long>(), complaints);
+    lines += others + (others.empty() ? "" : "\n") + "deck.inp: ";
+    const std::string found = Utf8(text);
+    if (found.compare(0, lines.size(), lines) != 0 || found.find('\n', lines.size()) + 1 != found.size()) {
+        *complaints += "JSON and text list other findings:\n" + lines + "but\n" + text;
+    }
+    if (TextOf(json["meaning"]) != TextOf(report.meaning) || TextOf(json["reading"]) != TextOf(report.reading)) {
+        *complaints += "JSON has other readings\n";
+    }
 }
 
 // One deck -------------------------------------------------------------------------------------------------
