@@ -172,7 +172,9 @@ TEST_F(Files, IncludedTooDeepOrTooOften) {
 }
 
 TEST_F(Files, WithoutLineEnd) {
-    Write("deck.inp", std::string(10000000, 'x'));
+    std::string text;
+    text.resize(10000000, 'x');
+    Write("deck.inp", text);
     const Outcome run = Run("check deck.inp", IsSanitized() ? "" : "ulimit -v 300000;");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.out.find("deck.inp:1:1: error: "), std::string::npos) << run.out;
