@@ -214,6 +214,7 @@ void SortFindings(const std::vector<deck::File> &files, std::vector<Finding> *fi
 }
 
 void CountLevels(Report *report) {
+    report->errors = report->warnings = report->notes = 0;
     for (const Finding &finding : report->findings) {
         switch (KindOf(finding.code).level) {
         case Level::error:
@@ -278,10 +279,14 @@ Report CheckDeck(const std::string &path) {
     if (report.files.empty()) {
         report.files.push_back({path, -1, 0});
     }
-    SortFindings(report.files, &report.findings);
     report.otherKeywords = deck.otherKeywords;
-    CountLevels(&report);
+    PutInOrder(&report);
     return report;
+}
+
+void PutInOrder(Report *report) {
+    SortFindings(report->files, &report->findings);
+    CountLevels(report);
 }
 
 } // namespace account
