@@ -77,6 +77,7 @@ void CheckPlane(Making *m) {
             return std::fabs(m->mesh.z[static_cast<std::size_t>(node)] - plane) > extent * kTolerance;
         });
         if (outside) {
+            m->role[static_cast<std::size_t>(element)] = Role::lost;
             first = count++ == 0 ? element : first;
         }
     });
