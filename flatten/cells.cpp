@@ -16,10 +16,6 @@ using deck::TypeClass;
 
 constexpr std::size_t kMostTold = 1000; // elements that cannot be split and are named one by one
 
-bool IsSecondOrder(Shape shape) {
-    return NodesOf(shape) > CornersOf(shape);
-}
-
 // Edges of a triangle or tetrahedron in the order of its middle nodes.
 constexpr int kEdges[][2] = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
 
@@ -341,7 +337,7 @@ std::vector<Diagonal> MakeCells(Making *m) {
     }
     m->firstCell.back() = static_cast<int>(m->plain.cellFirst.size()) - 1;
     m->plain.cellNumber.assign(m->plain.cellFirst.size() - 1, 0);
-    if (m->plain.cellNumber.empty()) {
+    if (m->plain.cellNumber.empty() && !(m->mesh.nodeNumber.empty() && m->mesh.elementNumber.empty())) {
         m->Find(Code::noCells, {0, 0, 0}, {});
     }
     if (splitting.nFailed > 0) {

@@ -24,7 +24,8 @@ struct Group {
     int set = kNoSet;
     bool used = false; // by a cell
     long long cells = 0;
-    std::string given; // final name
+    bool ofOrder[2] = {false, false}; // it has cells of first, of second order
+    std::string given;                // final name
 };
 
 using SetIndex = std::map<std::pair<int, std::string>, int>; // by placed part and name
@@ -53,7 +54,7 @@ void GroupByLines(Grouping *g) {
     for (const deck::CellGroup &group : mesh.groups) {
         const auto found = sets.find({group.placed, group.plain});
         const bool isSet = group.from != deck::GroupFrom::scope && found != sets.end();
-        g->groups.push_back({group.name, isSet ? found->second : kNoSet, false, 0, ""});
+        g->groups.push_back({group.name, isSet ? found->second : kNoSet, false, 0, {false, false}, ""});
     }
     g->m->group = mesh.group;
 }
@@ -62,7 +63,8 @@ void GroupByLines(Grouping *g) {
 int GroupOfSet(Grouping *g, int set, std::map<int, int> *bySet) {
     const auto put = bySet->emplace(set, static_cast<int>(g->groups.size()));
     if (put.second) {
-        g->groups.push_back({g->m->mesh.elementSets[static_cast<std::size_t>(set)].name, set, false, 0, ""});
+        g->groups.push_back(
+            {g->m->mesh.elementSets[static_cast<std::size_t>(set)].name, set, false, 0, {false, false}, ""});
     }
     return put.first->second;
 }
@@ -123,7 +125,7 @@ void RegroupBySets(Grouping *g) {
         } else if (!who.empty()) {
             const auto put = shared.emplace(who, static_cast<int>(g->groups.size()));
             if (put.second) {
-                g->groups.push_back({JoinNames(mesh, who), kNoSet, false, 0, ""});
+                g->groups.push_back({JoinNames(mesh, who), kNoSet, false, 0, {false, false}, ""});
             }
             g->m->group[e] = put.first->second;
         }
@@ -161,11 +163,15 @@ void TellDivided(Grouping *g) {
 
 void CountCells(Grouping *g) {
     const Making &m = *g->m;
-    for (std::size_t e = 0; e < m.group.size(); ++e) {
-        if (m.group[e] >= 0 && m.role[e] == Role::cell) {
-            Group &group = g->groups[static_cast<std::size_t>(m.group[e])];
-            group.used = true;
-            ++group.cells;
+    for (const ElementRun &run : m.mesh.elementRuns) {
+        const bool second = IsSecondOrder(m.TypeOf(run).shape);
+        for (std::size_t e = run.first; e < run.first + run.count; ++e) {
+            if (m.group[e] >= 0 && m.role[e] == Role::cell) {
+                Group &group = g->groups[static_cast<std::size_t>(m.group[e])];
+                group.used = true;
+                group.ofOrder[second ? 1 : 0] = true;
+                ++group.cells;
+            }
         }
     }
     for (const MeshSet &set : m.mesh.elementSets) {
@@ -173,6 +179,11 @@ void CountCells(Grouping *g) {
             return m.role[static_cast<std::size_t>(element)] == Role::cell;
         }));
     }
+}
+
+// Whether the group's section says all of a set with so many cells.
+bool IsWhole(const Group &group, long long setCells) {
+    return group.cells == setCells && !(group.ofOrder[0] && group.ofOrder[1]);
 }
 
 // Sets come first: a group that is a set has its name, and no other group has.
@@ -188,7 +199,7 @@ void GiveNames(Grouping *g) {
     for (std::size_t s = 0; s < mesh.elementSets.size(); ++s) {
         const MeshSet &set = mesh.elementSets[s];
         const bool isGroup = groupOf[s] >= 0;
-        const bool whole = isGroup && g->groups[static_cast<std::size_t>(groupOf[s])].cells == g->setCells[s];
+        const bool whole = isGroup && IsWhole(g->groups[static_cast<std::size_t>(groupOf[s])], g->setCells[s]);
         const bool listed = g->own[s] != 0 || (!whole && g->setCells[s] > 0);
         const Claim claim{set.name, set.plain, m->InstanceOf(set.placed), {}, 0, StandingOf(*m, set, false).place,
                           "elset"};
@@ -217,8 +228,8 @@ bool BeginsWith(const std::string &text, const char *with) {
 // The translator's name for cells of that type.
 const char *TypeFor(const Making &m, int type) {
     const deck::TypeName &name = m.deck.types[static_cast<std::size_t>(type)];
-    const bool second = NodesOf(name.type.shape) > CornersOf(name.type.shape);
-    if (m.mesh.dimension == 3) {
+    const bool second = IsSecondOrder(name.type.shape);
+    if (DimensionOf(name.type.shape) == 3) {
         return second ? "C3D10" : "C3D4";
     }
     if (name.type.shell) {
@@ -234,8 +245,7 @@ struct Orders {
 
 int SectionFor(Grouping *g, std::vector<Orders> *orders, const ElementRun &run, int element, int group) {
     Making *m = g->m;
-    const deck::Shape shape = m->TypeOf(run).shape;
-    const int second = NodesOf(shape) > CornersOf(shape) ? 1 : 0;
+    const int second = IsSecondOrder(m->TypeOf(run).shape) ? 1 : 0;
     Orders &made = (*orders)[static_cast<std::size_t>(group)];
     if (made.section[second] < 0) {
         made.section[second] = static_cast<int>(m->plain.sections.size());

@@ -11,6 +11,10 @@
 
 namespace flatten {
 
+inline bool IsSecondOrder(deck::Shape shape) {
+    return NodesOf(shape) > CornersOf(shape);
+}
+
 // What becomes of an element.
 enum class Role : char {
     lost, // said elsewhere, or in a finding

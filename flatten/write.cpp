@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace flatten {
 
@@ -52,8 +53,8 @@ class Out {
 };
 
 void WriteNodes(const Plain &plain, Out *out) {
-    const bool hasZ =
-        plain.dimension != 2 || std::any_of(plain.z.begin(), plain.z.end(), [](double z) { return z != 0; });
+    const bool hasZ = plain.dimension != 2 ||
+                      std::any_of(plain.z.begin(), plain.z.end(), [](double z) { return z != 0 || std::signbit(z); });
     out->Put("*Node").EndLine();
     for (std::size_t i = 0; i < plain.x.size(); ++i) {
         out->Put(plain.nodeNumber[i]).Put(", ").Put(plain.x[i]).Put(", ").Put(plain.y[i]);
