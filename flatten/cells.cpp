@@ -337,9 +337,6 @@ std::vector<Diagonal> MakeCells(Making *m) {
     }
     m->firstCell.back() = static_cast<int>(m->plain.cellFirst.size()) - 1;
     m->plain.cellNumber.assign(m->plain.cellFirst.size() - 1, 0);
-    if (m->plain.cellNumber.empty() && !(m->mesh.nodeNumber.empty() && m->mesh.elementNumber.empty())) {
-        m->Find(Code::noCells, {0, 0, 0}, {});
-    }
     if (splitting.nFailed > 0) {
         m->Find(Code::splitSaved, m->PlaceOf(splitting.firstFailed), {std::to_string(splitting.nFailed)},
                 splitting.nSaved);

@@ -34,7 +34,6 @@ enum class Code {
     overlapFaces,   // surface, surface that keeps the faces
     overlapDivided, // name of the part: of nodes or faces that several have
     nameReplaced,   // what, old name, new name
-    noCells,        // none is left
     tooManyNumbers, // the plain deck needs larger numbers than a deck can have
     scaledTooFar    // factor: coordinates become infinite
 };

@@ -278,17 +278,18 @@ void FillRun(Grouping *g, std::vector<Orders> *orders, const ElementRun &run) {
     }
 }
 
-// A section of cells without rows is a group without cells.
-void AddEmpty(Grouping *g, int placed, const deck::ElementSection &section, const SetIndex &sets) {
+// A section of cells without rows is a group without cells, once. Sets that are written leave the index.
+void AddEmpty(Grouping *g, int placed, const deck::ElementSection &section, SetIndex *sets) {
     Making *m = g->m;
     const deck::ElementType &type = m->deck.types[static_cast<std::size_t>(section.type)].type;
     const bool isCell = type.kind == deck::TypeClass::cell || type.kind == deck::TypeClass::sameShape ||
                         type.kind == deck::TypeClass::split;
-    const auto set = sets.find({placed, section.elset});
-    if (isCell && m->options.groups == Groups::lines && set != sets.end() && !section.elset.empty() &&
+    const auto set = sets->find({placed, section.elset});
+    if (isCell && m->options.groups == Groups::lines && set != sets->end() && !section.elset.empty() &&
         m->mesh.elementSets[static_cast<std::size_t>(set->second)].members.empty()) {
         m->plain.sections.push_back(
             {m->setNames[static_cast<std::size_t>(set->second)], TypeFor(*m, section.type), {}});
+        sets->erase(set);
     }
 }
 
@@ -296,7 +297,7 @@ void AddEmpty(Grouping *g, int placed, const deck::ElementSection &section, cons
 void FillSections(Grouping *g) {
     Making *m = g->m;
     std::vector<Orders> orders(g->groups.size());
-    const SetIndex sets = IndexSets(m->mesh);
+    SetIndex sets = IndexSets(m->mesh);
     std::size_t run = 0;
     for (std::size_t p = 0; p < m->mesh.placed.size(); ++p) {
         const deck::Placed &placed = m->mesh.placed[p];
@@ -308,7 +309,7 @@ void FillSections(Grouping *g) {
                 if (section.count > 0) {
                     FillRun(g, &orders, m->mesh.elementRuns[run++]);
                 } else if (!section.continued) {
-                    AddEmpty(g, static_cast<int>(p), section, sets);
+                    AddEmpty(g, static_cast<int>(p), section, &sets);
                 }
             }
         }

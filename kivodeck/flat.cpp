@@ -22,11 +22,11 @@ constexpr const char *kBeside = ".part"; // behind the name of a file that is no
 
 // ORDER: flatten::Code.
 constexpr Code kFromFlatten[] = {
-    Code::cannotBeKept, Code::noCell,         Code::edgeLines,      Code::mustBeSplit,  Code::splitFails,
-    Code::splitSaved,   Code::strayTriangles, Code::outOfPlane,     Code::tooSmall,     Code::flat,
-    Code::dividedGroup, Code::mixedOrders,    Code::skinSurface,    Code::skinKnown,    Code::skinSet,
-    Code::facesLost,    Code::shellSide,      Code::overlapNodes,   Code::overlapFaces, Code::overlapDivided,
-    Code::nameReplaced, Code::emptyDeck,      Code::tooManyNumbers, Code::scaledTooFar,
+    Code::cannotBeKept, Code::noCell,         Code::edgeLines,    Code::mustBeSplit,  Code::splitFails,
+    Code::splitSaved,   Code::strayTriangles, Code::outOfPlane,   Code::tooSmall,     Code::flat,
+    Code::dividedGroup, Code::mixedOrders,    Code::skinSurface,  Code::skinKnown,    Code::skinSet,
+    Code::facesLost,    Code::shellSide,      Code::overlapNodes, Code::overlapFaces, Code::overlapDivided,
+    Code::nameReplaced, Code::tooManyNumbers, Code::scaledTooFar,
 };
 static_assert(sizeof kFromFlatten / sizeof kFromFlatten[0] == flatten::kCodes, "each finding has a row");
 
@@ -79,6 +79,10 @@ flatten::Flat ReadAndFlatten(const FlatJob &job, Report *report) {
         report->files.push_back({job.deck, -1, 0});
     }
     PutInOrder(report);
+    if (report->readable && report->errors == 0 && flat.plain.cellNumber.empty()) { // none but masses and the like
+        report->findings.push_back({Code::emptyDeck, {0, 0, 0}, {}, 1});
+        PutInOrder(report);
+    }
     return flat;
 }
 
@@ -106,13 +110,14 @@ bool IsError(const Finding &finding) {
     return KindOf(finding.code).level == Level::error;
 }
 
-// Errors of the plain deck that the deck does not have.
+// Errors of the plain deck that the deck does not have. Where elements were lost with a word none may be left.
 void TakeOwnErrors(const Report &own, Report *report) {
     std::vector<Finding> faults;
     for (const Finding &finding : own.findings) {
         const bool told = std::any_of(report->findings.begin(), report->findings.end(),
                                       [&](const Finding &known) { return known.code == finding.code; });
-        if (IsError(finding) && !told) {
+        const bool follows = finding.code == Code::emptyDeck && report->errors > 0;
+        if (IsError(finding) && !told && !follows) {
             faults.push_back({Code::plainDeckWrong,
                               {0, 0, 0},
                               {"line " + std::to_string(finding.place.line) + ": " + TextOf(finding)},

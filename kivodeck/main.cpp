@@ -279,7 +279,7 @@ int Run(int argc, char **argv) {
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
     CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
     CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
-    CLI::App *run = app.add_subcommand("run", "from any deck to mesh.input: flatten, then translate");
+    CLI::App *run = app.add_subcommand("run", "flatten and translate: any deck to mesh.input");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
     DescribeFlatten(flat, &options);

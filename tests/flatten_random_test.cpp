@@ -189,8 +189,16 @@ Sizes SizesOf(const deck::Deck &deck, const Mesh &mesh, bool plain) {
 
 // Comparing ------------------------------------------------------------------------------------------------
 
+std::string Digits(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.15g", value);
+    return text;
+}
+
+constexpr double kTolerance = 1e-7; // coordinates of shifted instances are rounded in their last digits
+
 bool IsNear(double a, double b, double whole) {
-    return std::fabs(a - b) <= 1e-9 * std::max({std::fabs(a), std::fabs(b), whole * 1e-6});
+    return std::fabs(a - b) <= kTolerance * std::max({std::fabs(a), std::fabs(b), whole * 1e-6});
 }
 
 void Compare(const char *what, const std::map<std::string, double> &wanted, const std::map<std::string, double> &found,
@@ -198,8 +206,8 @@ void Compare(const char *what, const std::map<std::string, double> &wanted, cons
     for (const auto &[name, size] : wanted) {
         const auto at = found.find(name);
         if (size > 0 && (at == found.end() || !IsNear(size, at->second, whole))) {
-            *complaints += std::string(what) + " " + name + ": wanted " + std::to_string(size) + ", found " +
-                           (at == found.end() ? "none" : std::to_string(at->second)) + "\n";
+            *complaints += std::string(what) + " " + name + ": wanted " + Digits(size) + ", found " +
+                           (at == found.end() ? "none" : Digits(at->second)) + "\n";
         }
     }
 }
@@ -213,7 +221,7 @@ void CompareMeshes(const Mesh &wanted, const Mesh &found, bool divided, Sizes *w
     }
     const double whole = was->measure;
     if (!IsNear(whole, is->measure, whole)) {
-        *complaints += "measure wanted " + std::to_string(whole) + ", found " + std::to_string(is->measure) + "\n";
+        *complaints += "measure wanted " + Digits(whole) + ", found " + Digits(is->measure) + "\n";
     }
     Compare("group", was->groups, is->groups, whole, complaints);
     if (!divided) {
@@ -282,8 +290,7 @@ Complaints Check(std::uint64_t seed, bool showReport, Tally *tally) {
         Sizes is = SizesOf(after, found, true);
         CompareMeshes(wanted, found, divided, &was, &is, &complaints);
         if (made.measure > 0 && !IsNear(made.measure, is.measure, made.measure)) {
-            complaints += "the maker's measure is " + std::to_string(made.measure) + ", found " +
-                          std::to_string(is.measure) + "\n";
+            complaints += "the maker's measure is " + Digits(made.measure) + ", found " + Digits(is.measure) + "\n";
         }
     }
     if (report.errors + report.warnings == 0 && !divided) {
