@@ -364,7 +364,7 @@ void AddSets(const Grouping &g) {
 void MakeGroups(Making *m) {
     Grouping g{m, {}, {}, {}, {}, {}};
     for (const MeshSet &set : m->mesh.elementSets) {
-        g.own.push_back(HasOwnSection(*m, set) ? 1 : 0);
+        g.own.push_back(HasOwnSection(*m, set, false) ? 1 : 0);
     }
     GroupByLines(&g);
     if (m->options.groups == Groups::lines) {

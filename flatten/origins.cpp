@@ -38,13 +38,14 @@ Standing StandingOf(const Making &m, const deck::MeshSurface &surface) {
     return StandingOfSection(m, surface.placed, table.sections[static_cast<std::size_t>(first)]);
 }
 
-bool HasOwnSection(const Making &m, const deck::MeshSet &set) {
+bool HasOwnSection(const Making &m, const deck::MeshSet &set, bool ofNodes) {
     return std::any_of(set.origins.begin(), set.origins.end(), [&](const deck::Origin &origin) {
-        const deck::SetTable &table = TableOf(m, origin, false);
+        const deck::SetTable &table = TableOf(m, origin, ofNodes);
         const std::vector<int> &sections = table.sets[static_cast<std::size_t>(origin.index)].sections;
         return std::any_of(sections.begin(), sections.end(), [&](int s) {
             const deck::SetSource source = table.sections[static_cast<std::size_t>(s)].source;
-            return source != deck::SetSource::elements && source != deck::SetSource::generated;
+            return source != deck::SetSource::nodes && source != deck::SetSource::elements &&
+                   source != deck::SetSource::generated;
         });
     });
 }

@@ -23,8 +23,8 @@ struct Standing {
 Standing StandingOf(const Making &m, const deck::MeshSet &set, bool ofNodes);
 Standing StandingOf(const Making &m, const deck::MeshSurface &surface);
 
-// Whether the element set has a section of its own: not only ELSET= of *ELEMENT lines and generators.
-bool HasOwnSection(const Making &m, const deck::MeshSet &set);
+// Whether the set has a section of its own: not only NSET= or ELSET= of *NODE and *ELEMENT lines and generators.
+bool HasOwnSection(const Making &m, const deck::MeshSet &set, bool ofNodes);
 
 } // namespace flatten
 

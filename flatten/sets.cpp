@@ -20,6 +20,9 @@ Claim MakeClaim(const Making &m, const std::string &name, const std::string &pla
 std::vector<Claim> ClaimNodes(const Making &m) {
     std::vector<StandingClaim> claims;
     for (const deck::MeshSet &set : m.mesh.nodeSets) {
+        if (set.members.empty() && !HasOwnSection(m, set, true)) {
+            continue; // a *NODE line without rows
+        }
         const Standing standing = StandingOf(m, set, true);
         claims.emplace_back(standing.order,
                             MakeClaim(m, set.name, set.plain, set.placed, set.members, standing.place, "nset"));
