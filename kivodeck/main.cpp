@@ -117,13 +117,14 @@ int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
 }
 
 // The report of a plain deck made or not made, with further lines for text.
-int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const std::string &lines, int status) {
+int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const kivodeck::Files &files,
+              const std::string &lines, int status) {
     if (!result.failure.empty()) {
         return Fail("unwritable", result.failure);
     }
     return Print(options.format == "text"
-                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}) + lines
-                     : kivodeck::JsonReport({result.report}),
+                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}, lines)
+                     : kivodeck::JsonReport(result.report, files),
                  status);
 }
 
@@ -152,7 +153,8 @@ int Flatten(const Options &options) {
         return Fail("usage", options.flat.flat + " is there already (--force overwrites it)");
     }
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
-    return PrintFlat(result, options, FlatLine(result, options.flat.flat), StatusOf(result, options.failOn));
+    const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
+    return PrintFlat(result, options, files, FlatLine(result, options.flat.flat), StatusOf(result, options.failOn));
 }
 
 // The translator's own phases, with their log: on standard error where standard output holds JSON. Their exit status.
@@ -170,16 +172,13 @@ int Translate(const Options &options) {
     return status;
 }
 
-// An old mesh file does not outlive a run that fails.
-std::string RemoveOldMesh() {
-    return std::remove(kMeshFile) == 0 ? std::string("an old ") + kMeshFile + " was removed\n" : "";
-}
-
 int RunAll(Options options) {
     if (options.flat.deck == kMeshFile || options.flat.deck == kFlatBeside) {
         return Fail("usage", options.flat.deck + " is a name for what this command writes");
     }
-    std::string lines = RemoveOldMesh();
+    kivodeck::Files files;
+    files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : ""; // an old one does not outlive a run that fails
+    std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
     options.flat.flat = kFlatBeside;
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
     int status = StatusOf(result, options.failOn);
@@ -187,12 +186,14 @@ int RunAll(Options options) {
     if (result.made) {
         const bool translated = Translate(options) == EXIT_SUCCESS;
         status = translated ? status : kFailed;
+        files.mesh = translated ? kMeshFile : "";
+        files.plainDeck = options.keep ? kFlatBeside : "";
         lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
         if (!options.keep) {
             std::remove(kFlatBeside);
         }
     }
-    return PrintFlat(result, options, lines, status);
+    return PrintFlat(result, options, files, lines, status);
 }
 
 int Explain(const Options &options) {
@@ -221,10 +222,9 @@ void DescribeFlat(CLI::App *verb, Options *options) {
     static const std::map<std::string, Overlaps> overlaps = {
         {"smallest", Overlaps::smallest}, {"first", Overlaps::first}, {"split", Overlaps::split}};
     verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
-    verb->add_option("--groups", options->flat.options.groups, "cell groups by sections or sets, not by *ELEMENT lines")
+    verb->add_option("--groups", options->flat.options.groups, "cell groups by: sections, sets")
         ->transform(CLI::CheckedTransformer(groups));
-    verb->add_option("--overlaps", options->flat.options.overlaps,
-                     "who keeps nodes and faces of several sets: smallest, first, split")
+    verb->add_option("--overlaps", options->flat.options.overlaps, "who keeps a node or face: smallest, first, split")
         ->transform(CLI::CheckedTransformer(overlaps));
     verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates");
     verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
