@@ -156,7 +156,7 @@ void AddPiece(Splitting *s, const Edges &edges, Shape shape, int element, const 
 }
 
 void SplitElement(Splitting *s, const Edges &edges, Shape shape, int element, const int *nodes) {
-    int numbers[8];
+    int numbers[8]{};
     const int nCorners = CornersOf(shape);
     for (int i = 0; i < nCorners; ++i) {
         numbers[i] = s->m->plain.nodeNumber[static_cast<std::size_t>(nodes[i])];

@@ -132,6 +132,7 @@ std::string NameOne(Making *m, Names *names, const Claim &claim, unsigned where)
 std::vector<std::string> NameClaims(Making *m, const std::vector<Claim> &claims, unsigned where) {
     Names names;
     std::vector<std::string> given;
+    given.reserve(claims.size());
     for (const Claim &claim : claims) {
         given.push_back(NameOne(m, &names, claim, where));
     }

@@ -37,6 +37,7 @@ std::vector<Claim> ClaimNodes(const Making &m) {
     std::stable_sort(claims.begin(), claims.end(),
                      [](const StandingClaim &a, const StandingClaim &b) { return a.first < b.first; });
     std::vector<Claim> ordered;
+    ordered.reserve(claims.size());
     for (StandingClaim &claim : claims) {
         ordered.push_back(std::move(claim.second));
     }

@@ -32,7 +32,7 @@ Corners CornersOfFace(const int *nodes, int dimension, int face) {
 }
 
 void WantTriangles(const Making &m, deck::Shape shape, int element, const int *nodes, std::vector<Wanted> *wanted) {
-    int numbers[4];
+    int numbers[4]{};
     for (int i = 0; i < CornersOf(shape); ++i) {
         numbers[i] = m.plain.nodeNumber[static_cast<std::size_t>(nodes[i])];
     }

@@ -88,7 +88,7 @@ constexpr int kOpposite[] = {6, 7, 4, 5, 2, 3, 0, 1};
 void DropBodyDiagonal(Pieces *pieces, int apex) {
     const int opposite = kOpposite[apex];
     Pieces kept;
-    int next[8]; // the three neighbours of the opposite corner, around it
+    int next[8]{}; // the three neighbours of the opposite corner, around it
     int start = -1;
     int count = 0;
     for (int i = 0; i < pieces->count; ++i) {

@@ -44,14 +44,17 @@ void AddSide(const Making &m, const deck::ElementRun &run, int element, int side
     }
     const deck::FaceRow &row = deck::FaceOf(m.TypeOf(run).shape, side);
     const int *nodes = NodesOfElement(m.mesh, run, element);
-    const int dimension = m.mesh.dimension;
+    const int dimension = m.mesh.dimension == 3 ? 3 : 2;
     const auto isOn = [&](int node) {
         return std::any_of(row.corner, row.corner + row.nCorners, [&](int corner) { return nodes[corner] == node; });
     };
     for (int c = m.firstCell[at]; c < m.firstCell[at + 1]; ++c) {
         for (int f = 0; f <= dimension; ++f) {
-            const int *corners = kFaceCorners[dimension - 2][f];
-            if (std::all_of(corners, corners + dimension, [&](int k) { return isOn(m.NodesOfCell(c)[k]); })) {
+            int nOn = 0;
+            for (int k = 0; k < dimension; ++k) {
+                nOn += isOn(m.NodesOfCell(c)[kFaceCorners[dimension - 2][f][k]]) ? 1 : 0;
+            }
+            if (nOn == dimension) {
                 faces->push_back({c, f});
             }
         }
@@ -236,6 +239,7 @@ void MakeSurfaces(Making *m) {
     AddSurfacesOfSkins(m, &surfaces);
     const std::vector<CellFace> all = ListFaces(&surfaces);
     std::vector<Claim> claims;
+    claims.reserve(surfaces.size());
     for (Skin &skin : surfaces) {
         claims.push_back(std::move(skin.claim));
     }

@@ -16,7 +16,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <new>
 #include <string>
 #include <vector>
@@ -36,6 +35,8 @@ struct Options {
     std::string failOn = "warning";
     bool all = false;
     kivodeck::FlatJob flat;
+    std::string groups;
+    std::string overlaps = "smallest";
     bool noSplit = false;
     bool force = false;
     bool vtk = false;
@@ -216,16 +217,11 @@ void DescribeCheck(CLI::App *verb, Options *options) {
 }
 
 void DescribeFlat(CLI::App *verb, Options *options) {
-    using flatten::Groups;
-    using flatten::Overlaps;
-    static const std::map<std::string, Groups> groups = {{"sections", Groups::sections}, {"sets", Groups::sets}};
-    static const std::map<std::string, Overlaps> overlaps = {
-        {"smallest", Overlaps::smallest}, {"first", Overlaps::first}, {"split", Overlaps::split}};
     verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
-    verb->add_option("--groups", options->flat.options.groups, "cell groups by: sections, sets")
-        ->transform(CLI::CheckedTransformer(groups));
-    verb->add_option("--overlaps", options->flat.options.overlaps, "who keeps a node or face: smallest, first, split")
-        ->transform(CLI::CheckedTransformer(overlaps));
+    verb->add_option("--groups", options->groups, "whose names cell groups have, not those of *ELEMENT")
+        ->check(CLI::IsMember({"sections", "sets"}));
+    verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
+        ->check(CLI::IsMember({"smallest", "first", "split"}));
     verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates");
     verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
     verb->add_flag("--no-split", options->noSplit, "refuse elements that would have to be split");
@@ -265,6 +261,18 @@ bool AsksForJson(int argc, char **argv) {
     return false;
 }
 
+flatten::Options FlatOptions(const Options &options) {
+    flatten::Options flat = options.flat.options;
+    flat.split = !options.noSplit;
+    flat.groups = options.groups == "sections" ? flatten::Groups::sections
+                  : options.groups == "sets"   ? flatten::Groups::sets
+                                               : flatten::Groups::lines;
+    flat.overlaps = options.overlaps == "first"   ? flatten::Overlaps::first
+                    : options.overlaps == "split" ? flatten::Overlaps::split
+                                                  : flatten::Overlaps::smallest;
+    return flat;
+}
+
 bool IsCommand(const CLI::App &app, const std::string &word) {
     const std::vector<const CLI::App *> commands = app.get_subcommands([](const CLI::App *) { return true; });
     return std::any_of(commands.begin(), commands.end(),
@@ -295,7 +303,7 @@ int Run(int argc, char **argv) {
     } catch (const CLI::ParseError &error) {
         return Fail("usage", std::string(error.what()) + " (kivodeck --help tells more)");
     }
-    options.flat.options.split = !options.noSplit;
+    options.flat.options = FlatOptions(options);
     if (flat->parsed() || run->parsed()) {
         options.failOn = flat->count("--fail-on") + run->count("--fail-on") > 0 ? options.failOn : "error";
         return flat->parsed() ? Flatten(options) : RunAll(options);
