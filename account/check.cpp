@@ -241,6 +241,7 @@ void SortFindings(const std::vector<deck::File> &files, std::vector<Finding> *fi
 }
 
 void CountLevels(Report *report) {
+    report->errors = report->warnings = report->notes = 0;
     for (const Finding &finding : report->findings) {
         switch (KindOf(finding.code).level) {
         case Level::error:
@@ -307,10 +308,14 @@ Report CheckDeck(const std::string &path, const deck::Limits &limits) {
     if (report.files.empty()) {
         report.files.push_back({path, -1, 0});
     }
-    SortFindings(report.files, &report.findings);
     report.otherKeywords = deck.otherKeywords;
-    CountLevels(&report);
+    PutInOrder(&report);
     return report;
+}
+
+void PutInOrder(Report *report) {
+    SortFindings(report->files, &report->findings);
+    CountLevels(report);
 }
 
 } // namespace account

@@ -2,11 +2,13 @@
 //
 // Exit status: 0 clean, 1 findings of the level that --fail-on names, 2 wrong usage or a file that cannot be read or
 // written.
+#include "kivodeck/flat.h"
 #include "kivodeck/report.h"
 #include "kivodeck/terminal.h"
 
 #include "account/check.h"
 #include "account/reading.h"
+#include "driver/KIVOm.h"
 #include "support/system.h"
 
 #include <CLI/CLI.hpp>
@@ -33,11 +35,22 @@ struct Options {
     std::string format = "text";
     std::string failOn = "warning";
     bool all = false;
+    kivodeck::FlatJob flat;
+    std::string groups;
+    std::string overlaps = "smallest";
+    bool noSplit = false;
+    bool force = false;
+    bool vtk = false;
+    bool keep = false;
 };
+
+constexpr char kMeshFile[] = "mesh.input";
+constexpr char kFlatBeside[] = "mesh.flat.inp"; // what `run` translates
 
 // Standard output as the process began with it: whoever reports at its end may not find it in place.
 std::FILE *output;
 bool wantsJson = false;
+bool translating = false; // the translator's phases are at work
 
 int Print(const std::string &text, int status) {
     const bool written = std::fwrite(text.data(), 1, text.size(), output) == text.size();
@@ -67,7 +80,7 @@ int FailPlainly(const char *text) {
 // The translator's functions end the process when memory is short. The exit status is then that of a deck that cannot
 // be read.
 void EndInOrder() {
-    if (account::ReaderAtWork()) {
+    if (account::ReaderAtWork() || translating) {
         std::_Exit(FailPlainly(kShortage));
     }
 }
@@ -98,6 +111,98 @@ int Check(const Options &options) {
     return options.format == "text" ? status : Print(kivodeck::JsonReport(reports), status);
 }
 
+bool IsThere(const std::string &path) {
+    const int file = SystemOpenToRead(path.c_str());
+    if (file != -1) {
+        SystemClose(file);
+    }
+    return file != -1;
+}
+
+int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
+    return result.failure.empty() ? StatusOf(result.report, failOn) : kFailed;
+}
+
+// The report of a plain deck made or not made, with further lines for text.
+int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const kivodeck::Files &files,
+              const std::string &lines, int status) {
+    if (!result.failure.empty()) {
+        return Fail("unwritable", result.failure);
+    }
+    return Print(options.format == "text"
+                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}, lines)
+                     : kivodeck::JsonReport(result.report, files),
+                 status);
+}
+
+// What the plain deck holds, on one line.
+std::string FlatLine(const kivodeck::FlatResult &result, const std::string &flat) {
+    const account::Summary &held = result.report.reading;
+    const auto count = [](long long n, const char *what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    const auto size = [](const std::vector<account::Count> &list) { return static_cast<long long>(list.size()); };
+    return flat + ": " +
+           (result.made ? count(held.nodes, "node") + ", " + count(held.elements, "element") + ", " +
+                              count(size(held.cellGroups), "cell group") + ", " +
+                              count(size(held.nodeSets), "node set") + ", " + count(size(held.surfaces), "surface")
+                        : "not written") +
+           "\n";
+}
+
+kivodeck::FlatResult FlattenWatched(const kivodeck::FlatJob &job) {
+    const kivodeck::Progress progress("kivodeck: flattening " + job.deck);
+    return kivodeck::Flatten(job);
+}
+
+int Flatten(const Options &options) {
+    if (!options.force && IsThere(options.flat.flat)) {
+        return Fail("usage", options.flat.flat + " is there already (--force overwrites it)");
+    }
+    const kivodeck::FlatResult result = FlattenWatched(options.flat);
+    const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
+    return PrintFlat(result, options, files, FlatLine(result, options.flat.flat), StatusOf(result, options.failOn));
+}
+
+// The translator's own phases, with their log: on standard error where standard output holds JSON. Their exit status.
+int Translate(const Options &options) {
+    char program[] = "KIVOm";
+    char deck[sizeof kFlatBeside];
+    char vtk[] = "--vtk";
+    std::snprintf(deck, sizeof deck, "%s", kFlatBeside);
+    char *arguments[] = {program, deck, options.vtk ? vtk : nullptr, nullptr};
+    translating = true;
+    stdout = options.format == "json" ? stderr : output;
+    const int status = RunKIVOM(options.vtk ? 3 : 2, arguments);
+    stdout = output;
+    translating = false;
+    return status;
+}
+
+int RunAll(Options options) {
+    if (options.flat.deck == kMeshFile || options.flat.deck == kFlatBeside) {
+        return Fail("usage", options.flat.deck + " is a name for what this command writes");
+    }
+    kivodeck::Files files;
+    files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : ""; // an old one does not outlive a run that fails
+    std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
+    options.flat.flat = kFlatBeside;
+    const kivodeck::FlatResult result = FlattenWatched(options.flat);
+    int status = StatusOf(result, options.failOn);
+    lines += FlatLine(result, options.keep || !result.made ? kFlatBeside : "the plain deck");
+    if (result.made) {
+        const bool translated = Translate(options) == EXIT_SUCCESS;
+        status = translated ? status : kFailed;
+        files.mesh = translated ? kMeshFile : "";
+        files.plainDeck = options.keep ? kFlatBeside : "";
+        lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
+        if (!options.keep) {
+            std::remove(kFlatBeside);
+        }
+    }
+    return PrintFlat(result, options, files, lines, status);
+}
+
 int Explain(const Options &options) {
     if (options.code.empty()) {
         return Print(kivodeck::ExplainAll(options.format), kClean);
@@ -117,6 +222,34 @@ void DescribeCheck(CLI::App *verb, Options *options) {
     verb->add_flag("--all", options->all, "all findings, not ten of a code");
 }
 
+void DescribeFlat(CLI::App *verb, Options *options) {
+    verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
+    verb->add_option("--groups", options->groups, "whose names cell groups have, not those of *ELEMENT")
+        ->check(CLI::IsMember({"sections", "sets"}));
+    verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
+        ->check(CLI::IsMember({"smallest", "first", "split"}));
+    verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates");
+    verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
+    verb->add_flag("--no-split", options->noSplit, "refuse elements that would have to be split");
+    verb->add_flag("--allow-loss", options->flat.allowLoss, "write what is left where errors remain");
+    verb->add_option("--format", options->format, "text or json")->check(CLI::IsMember({"text", "json"}));
+    verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
+        ->check(CLI::IsMember({"error", "warning"}));
+    verb->add_flag("--all", options->all, "all findings, not ten of a code");
+}
+
+void DescribeFlatten(CLI::App *verb, Options *options) {
+    DescribeFlat(verb, options);
+    verb->add_option("-o,--output", options->flat.flat, "the plain deck")->required();
+    verb->add_flag("--force", options->force, "overwrite the file that is there");
+}
+
+void DescribeRun(CLI::App *verb, Options *options) {
+    DescribeFlat(verb, options);
+    verb->add_flag("--vtk", options->vtk, "write VTK files, too");
+    verb->add_flag("--keep", options->keep, std::string("keep the plain deck, ") + kFlatBeside);
+}
+
 void DescribeExplain(CLI::App *verb, Options *options) {
     verb->add_option("CODE", options->code, "a finding's code; all of them without it");
     verb->add_option("--format", options->format, "text, json, man or markdown")
@@ -134,6 +267,24 @@ bool AsksForJson(int argc, char **argv) {
     return false;
 }
 
+flatten::Options FlatOptions(const Options &options) {
+    flatten::Options flat = options.flat.options;
+    flat.split = !options.noSplit;
+    flat.groups = options.groups == "sections" ? flatten::Groups::sections
+                  : options.groups == "sets"   ? flatten::Groups::sets
+                                               : flatten::Groups::lines;
+    flat.overlaps = options.overlaps == "first"   ? flatten::Overlaps::first
+                    : options.overlaps == "split" ? flatten::Overlaps::split
+                                                  : flatten::Overlaps::smallest;
+    return flat;
+}
+
+bool IsCommand(const CLI::App &app, const std::string &word) {
+    const std::vector<const CLI::App *> commands = app.get_subcommands([](const CLI::App *) { return true; });
+    return std::any_of(commands.begin(), commands.end(),
+                       [&](const CLI::App *command) { return command->get_name() == word; });
+}
+
 int Run(int argc, char **argv) {
     Options options;
     CLI::App app("kivodeck: what an Abaqus deck means, and what KIVOm will hold of it", "kivodeck");
@@ -141,10 +292,14 @@ int Run(int argc, char **argv) {
     app.require_subcommand(1);
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
     CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
+    CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
+    CLI::App *run = app.add_subcommand("run", "flatten and translate: any deck to mesh.input");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
+    DescribeFlatten(flat, &options);
+    DescribeRun(run, &options);
     DescribeExplain(explain, &options);
-    if (argc > 1 && argv[1][0] != '-' && argv[1] != check->get_name() && argv[1] != explain->get_name()) {
+    if (argc > 1 && argv[1][0] != '-' && !IsCommand(app, argv[1])) {
         return Fail("usage", std::string("there is no command ") + argv[1] + " (kivodeck --help lists them)");
     }
     try {
@@ -153,6 +308,11 @@ int Run(int argc, char **argv) {
         return app.exit(help) == 0 && std::fflush(output) == 0 ? kClean : kFailed;
     } catch (const CLI::ParseError &error) {
         return Fail("usage", std::string(error.what()) + " (kivodeck --help tells more)");
+    }
+    options.flat.options = FlatOptions(options);
+    if (flat->parsed() || run->parsed()) {
+        options.failOn = flat->count("--fail-on") + run->count("--fail-on") > 0 ? options.failOn : "error";
+        return flat->parsed() ? Flatten(options) : RunAll(options);
     }
     return check->parsed() ? Check(options) : Explain(options);
 }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -83,7 +84,9 @@ TEST_P(WrongUse, HasStatusTwoAndASentence) {
 INSTANTIATE_TEST_SUITE_P(All, WrongUse,
                          testing::Values("", "chekc cps3.inp", "check", "check --nonsense cps3.inp",
                                          "check --format=xml cps3.inp", "check --fail-on=note cps3.inp",
-                                         "explain no-such-code", "--nonsense"));
+                                         "explain no-such-code", "--nonsense", "flatten cps3.inp", "flatten -o x",
+                                         "flatten cps3.inp -o c3d4.inp", "flatten --groups=x cps3.inp -o x",
+                                         "flatten --overlaps=x cps3.inp -o x", "run", "run mesh.input"));
 
 TEST(Unreadable, DeckHasStatusTwoInBothForms) {
     for (const std::string deck : {"nowhere.inp", ".", "/dev/null/x"}) {
@@ -226,7 +229,7 @@ TEST(Terminal, SeesAfterASecondThatWorkGoesOn) {
 }
 
 TEST(Help, FitsAScreen) {
-    for (const std::string arguments : {"--help", "check --help", "explain --help"}) {
+    for (const std::string arguments : {"--help", "check --help", "explain --help", "flatten --help", "run --help"}) {
         const Outcome run = RunDeck(arguments);
         EXPECT_EQ(run.status, 0) << arguments;
         std::istringstream in(run.out);
@@ -237,6 +240,132 @@ TEST(Help, FitsAScreen) {
         EXPECT_LE(lines, 24) << run.out;
         EXPECT_GT(lines, 3);
     }
+}
+
+// An empty folder to write into.
+class Folder {
+  public:
+    Folder() : path_(fs::temp_directory_path() / ("kivodeck_test_folder." + std::to_string(getpid()))) {
+        fs::remove_all(path_);
+        fs::create_directories(path_);
+    }
+    ~Folder() {
+        fs::remove_all(path_);
+    }
+    std::string operator/(const std::string &name) const {
+        return (path_ / name).string();
+    }
+    std::string Read(const std::string &name) const {
+        std::ifstream in(path_ / name, std::ios::binary);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+    // The names of the files in it, each with a blank behind it.
+    std::string Files() const {
+        std::set<std::string> names;
+        for (const auto &file : fs::directory_iterator(path_)) {
+            names.insert(file.path().filename().string());
+        }
+        std::string all;
+        for (const std::string &name : names) {
+            all += name + " ";
+        }
+        return all;
+    }
+    // `kivodeck run ARGUMENTS` in it.
+    Outcome Run(const std::string &arguments) const {
+        return RunDeck("--version >/dev/null; cd '" + path_.string() + "' && '" KIVODECK_PROGRAM "' run " + arguments);
+    }
+
+  private:
+    fs::path path_;
+};
+
+const char kTwoQuads[] =
+    "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n4, 0., 1.\n*Element, type=CPS4, elset=Plate\n1, 1, 2, 3, 4\n";
+
+TEST(Flatten, WritesThePlainDeckAndTheMap) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const Outcome run = RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp" + " --map=" + folder / "map");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_NE(run.out.find("flat.inp: 4 nodes, 2 elements, 1 cell group, 0 node sets, 0 surfaces\n"),
+              std::string::npos);
+    EXPECT_NE(folder.Read("flat.inp").find("*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n"),
+              std::string::npos);
+    EXPECT_EQ(folder.Read("map"), "kind\tinstance\told\tnew\nelement\t\t1\t2\n");
+    EXPECT_EQ(folder.Files(), "flat.inp map ");
+}
+
+TEST(Flatten, OverwritesNothingUnlessForced) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    std::ofstream(folder / "flat.inp") << "mine";
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp").status, 2);
+    EXPECT_EQ(folder.Read("flat.inp"), "mine");
+    EXPECT_EQ(RunDeck("flatten --force " + deck.path() + " -o " + folder / "flat.inp").status, 0);
+    EXPECT_NE(folder.Read("flat.inp"), "mine");
+}
+
+TEST(Flatten, LeavesNothingBehindWhereAnErrorRemains) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nsett, nset=A\n1\n");
+    const Outcome run = RunDeck("flatten --format=json " + deck.path() + " -o " + folder / "flat.inp");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(json::parse(run.out)["files"]["plain_deck"], nullptr);
+    EXPECT_EQ(json::parse(run.out)["findings"][0]["code"], "misspelt");
+    EXPECT_EQ(folder.Files(), "");
+    EXPECT_EQ(RunDeck("flatten --allow-loss " + deck.path() + " -o " + folder / "flat.inp").status, 1);
+    EXPECT_EQ(folder.Files(), "flat.inp ");
+}
+
+TEST(Flatten, HasStatusTwoWhereAFileCannotBeReadOrWritten) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "no/flat.inp").status, 2);
+    EXPECT_EQ(RunDeck("flatten nowhere.inp -o " + folder / "flat.inp").status, 2);
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp --map=/nowhere/map").status, 2);
+    EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Flatten, FailsOnWarningsWhenAskedFor) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2\n");
+    EXPECT_EQ(RunDeck("flatten --force " + deck.path() + " -o " + folder / "flat.inp").status, 0);
+    EXPECT_EQ(RunDeck("flatten --force --fail-on=warning " + deck.path() + " -o " + folder / "flat.inp").status, 1);
+}
+
+TEST(Run, TranslatesThePlainDeckAndRemovesIt) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const Outcome run = folder.Run(deck.path());
+    EXPECT_EQ(run.status, 0);
+    const std::size_t log = run.out.find("Reading Elements PLATE ... done with 2 CPS3s.\n");
+    EXPECT_LT(log, run.out.find("the plain deck: 4 nodes, 2 elements,"));
+    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_EQ(folder.Files(), "mesh.input ");
+    EXPECT_EQ(folder.Run("--keep --vtk " + deck.path()).status, 0);
+    EXPECT_EQ(folder.Files(), "_Cells.vtk mesh.flat.inp mesh.input ");
+}
+
+TEST(Run, LetsNoOldMeshOutliveAFailure) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nsett, nset=A\n1\n");
+    std::ofstream(folder / "mesh.input") << "old";
+    const Outcome run = folder.Run("--format=json " + deck.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(json::parse(run.out)["files"]["removed"], "mesh.input");
+    EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Run, KeepsTheLogOutOfJson) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const json report = json::parse(folder.Run("--format=json " + deck.path()).out);
+    EXPECT_EQ(report["files"]["mesh"], "mesh.input");
+    EXPECT_EQ(report["reading"]["elements"], 2);
 }
 
 TEST(Version, IsOneLine) {

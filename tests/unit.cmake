@@ -9,6 +9,8 @@ foreach(room cards model generators assemble)
   kivom_test(deck_${room}_test LINK kivom_deck kivom_fakesystem)
 endforeach()
 
+kivom_test(flatten_split_test LINK kivom_flatten)
+
 kivom_test(frame_test)
 
 # Random decks through the program and the plain translation; by hand: random_decks_test --count 20000 --seed 1000.
@@ -42,6 +44,11 @@ if(TARGET kivodeck)
   add_executable(check_random_test check_random_test.cpp ../kivodeck/report.cpp)
   target_link_libraries(check_random_test PRIVATE kivom_account kivom_fakesystem nlohmann_json::nlohmann_json)
   add_test(NAME check_random COMMAND check_random_test)
+  add_executable(flatten_random_test flatten_random_test.cpp ../kivodeck/flat.cpp ../kivodeck/report.cpp)
+  target_link_libraries(flatten_random_test PRIVATE kivom_account kivom_flatten kivom_fakesystem nlohmann_json::nlohmann_json)
+  add_test(NAME flatten_random COMMAND flatten_random_test)
+  kivom_test(flatten_decks_test LINK kivom_account kivom_flatten kivom_fakesystem)
+  target_sources(flatten_decks_test PRIVATE ../kivodeck/flat.cpp)
   kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
   target_sources(kivodeck_test PRIVATE ../kivodeck/terminal.cpp)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
