@@ -64,7 +64,7 @@ struct Measure {
 };
 
 Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
-    double d[3][3];
+    double d[3][3] = {};
     double longest = 0;
     for (int k = 0; k < dimension; ++k) {
         const auto a = static_cast<std::size_t>(nodes[0]);
@@ -97,6 +97,9 @@ bool AllCornersThere(const int *nodes, int count) {
 void AccountOrientation(Account *account, const ElementRun &run) {
     const Mesh &mesh = account->mesh;
     const int dimension = DimensionOf(TypeOf(*account, run).shape);
+    if (dimension < 2) {
+        return; // a type that nobody knows, which the reader takes for one of its own
+    }
     Some turned;
     Some flat;
     Some small;

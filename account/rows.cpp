@@ -24,7 +24,7 @@ class RowList {
     RowList() = default;
     template <class Sections> RowList(const CardUse &use, const Sections &sections) {
         for (int i = 0; i < use.sections; ++i) {
-            const auto &section = sections[static_cast<std::size_t>(use.section + i)];
+            const auto &section = sections[static_cast<std::size_t>(use.section) + static_cast<std::size_t>(i)];
             if (section.file == 0) {
                 Add(section.first, section.count);
             }
@@ -126,16 +126,15 @@ class Teller {
 // Rows that the deck means and the reader lacks, and nothing in their place.
 void TellLost(Teller *teller, int lineBefore, std::size_t count, int firstLost) {
     const std::string rows = count == 1 ? "the next row" : "the next " + std::to_string(count) + " rows";
+    const bool remarked = teller->Remarked(deck::Code::rowEndComma) || teller->Remarked(deck::Code::commentInside);
     if (lineBefore == 0) {
         teller->Tell(Code::keywordEndComma, 0, {}, static_cast<long long>(count));
-    } else if (teller->LongLine()) {
+    } else if (teller->LongLine() || (!remarked && teller->DeckSaysOfNumbers())) {
         teller->Flaw();
     } else if (teller->Remarked(deck::Code::rowEndComma)) {
         teller->Tell(Code::rowEndComma, lineBefore, {rows}, static_cast<long long>(count));
     } else if (teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, lineBefore, {}, static_cast<long long>(count));
-    } else if (teller->DeckSaysOfNumbers()) {
-        teller->Flaw();
     } else {
         teller->Tell(Code::differs, firstLost, {std::to_string(count) + " rows are not held"},
                      static_cast<long long>(count));
@@ -251,7 +250,7 @@ struct NodeRow {
 void TellCoordinates(Teller *teller, const NodeRow &row) {
     constexpr const char *kAxes[] = {"x", "y", "z"};
     int axis = 0;
-    while (SameReal(row.meant[axis], row.read[axis])) {
+    while (axis < 2 && SameReal(row.meant[axis], row.read[axis])) {
         ++axis;
     }
     const std::string meant = std::string(kAxes[axis]) + " = " + NumberText(row.meant[axis]);
@@ -455,7 +454,8 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
     Entries meant{&table, RowList(), false};
     for (int s = 0; s < use.sections; ++s) {
-        const deck::SetSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+        const deck::SetSection &section =
+            table.sections[static_cast<std::size_t>(use.section) + static_cast<std::size_t>(s)];
         if (section.file != 0) {
             teller.Flaw();
         } else if (section.source != deck::SetSource::rows) {
@@ -517,7 +517,8 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
     std::vector<int> meantKeys;
     std::vector<int> lines;
     for (int s = 0; s < use.sections; ++s) {
-        const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+        const deck::SurfaceSection &section =
+            table.sections[static_cast<std::size_t>(use.section) + static_cast<std::size_t>(s)];
         for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount && section.file == 0; ++r) {
             const deck::SurfaceRow &row = table.rows[r];
             if (row.label >= deck::Label::s1 &&
