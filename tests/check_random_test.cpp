@@ -494,7 +494,7 @@ void Show(const Case &deck) {
 }
 
 int CheckDecks(int argc, char **argv) {
-    std::uint64_t count = 300, seed = 1;
+    std::uint64_t count = 600, seed = 1;
     bool show = false, showReport = false;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
