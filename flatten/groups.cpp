@@ -327,7 +327,7 @@ void TellSetOfSkins(const Grouping &g, const MeshSet &set, int index) {
     }
 }
 
-// The cells of the set's elements.
+// The cells of the set's elements, by their numbers.
 void AddSet(const Grouping &g, std::size_t index) {
     const MeshSet &set = g.m->mesh.elementSets[index];
     if (g.setCells[index] == 0 && !set.members.empty()) {
@@ -344,6 +344,9 @@ void AddSet(const Grouping &g, std::size_t index) {
             list.members.push_back(c);
         }
     }
+    const std::vector<int> &number = g.m->plain.cellNumber;
+    std::sort(list.members.begin(), list.members.end(),
+              [&](int a, int b) { return number[static_cast<std::size_t>(a)] < number[static_cast<std::size_t>(b)]; });
     g.m->plain.elementSets.push_back(std::move(list));
 }
 

@@ -113,9 +113,12 @@ bool IsError(const Finding &finding) {
 // Errors of the plain deck that the deck does not have. Where elements were lost with a word none may be left.
 void TakeOwnErrors(const Report &own, Report *report) {
     std::vector<Finding> faults;
+    std::vector<char> toldOf(account::kCodes, 0);
+    for (const Finding &finding : report->findings) {
+        toldOf[static_cast<std::size_t>(finding.code)] = 1;
+    }
     for (const Finding &finding : own.findings) {
-        const bool told = std::any_of(report->findings.begin(), report->findings.end(),
-                                      [&](const Finding &known) { return known.code == finding.code; });
+        const bool told = toldOf[static_cast<std::size_t>(finding.code)] != 0;
         const bool follows = finding.code == Code::emptyDeck && report->errors > 0;
         if (IsError(finding) && !told && !follows) {
             faults.push_back({Code::plainDeckWrong,

@@ -61,3 +61,9 @@ endif()
 add_executable(replay_checkdeck ${PROJECT_SOURCE_DIR}/fuzz/account/checkdeck.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
 target_link_libraries(replay_checkdeck PRIVATE kivom_account kivom_deck kivom_core kivom_system)
 add_test(NAME replay.checkdeck COMMAND replay_checkdeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
+
+# Likewise that of flatten.
+add_executable(replay_flattendeck ${PROJECT_SOURCE_DIR}/fuzz/flatten/flattendeck.cpp ${PROJECT_SOURCE_DIR}/kivodeck/flat.cpp
+  ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
+target_link_libraries(replay_flattendeck PRIVATE kivom_account kivom_flatten kivom_fakesystem)
+add_test(NAME replay.flattendeck COMMAND replay_flattendeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
