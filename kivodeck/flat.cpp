@@ -131,6 +131,22 @@ void TakeOwnErrors(const Report &own, Report *report) {
     PutInOrder(report);
 }
 
+// A file that is removed in the end, unless it has another name by then.
+class Leftover {
+  public:
+    explicit Leftover(std::string path) : path_(std::move(path)) {}
+    ~Leftover() {
+        if (!path_.empty()) {
+            std::remove(path_.c_str());
+        }
+    }
+    Leftover(const Leftover &) = delete;
+    Leftover &operator=(const Leftover &) = delete;
+
+  private:
+    std::string path_;
+};
+
 } // namespace
 
 FlatResult MakeFlat(const FlatJob &job) {
@@ -159,17 +175,13 @@ FlatResult Flatten(const FlatJob &job) {
     FlatJob beside = job;
     beside.flat += kBeside;
     beside.map += job.map.empty() ? "" : kBeside;
+    const Leftover flat(beside.flat);
+    const Leftover map(beside.map);
     FlatResult result = MakeFlat(beside);
     for (const auto &[from, to] : {std::make_pair(beside.map, job.map), std::make_pair(beside.flat, job.flat)}) {
-        if (from.empty()) {
-            continue;
-        }
-        if (result.made && std::rename(from.c_str(), to.c_str()) != 0) {
+        if (result.made && !from.empty() && std::rename(from.c_str(), to.c_str()) != 0) {
             result.failure = to + " cannot be written: " + std::strerror(errno);
             result.made = false;
-        }
-        if (!result.made) {
-            std::remove(from.c_str());
         }
     }
     return result;
