@@ -218,7 +218,7 @@ void DescribeCheck(CLI::App *verb, Options *options) {
 
 void DescribeFlat(CLI::App *verb, Options *options) {
     verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
-    verb->add_option("--groups", options->groups, "whose names cell groups have, not those of *ELEMENT")
+    verb->add_option("--groups", options->groups, "cell groups of sections, of sets")
         ->check(CLI::IsMember({"sections", "sets"}));
     verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
         ->check(CLI::IsMember({"smallest", "first", "split"}));
