@@ -47,14 +47,16 @@ SetIndex IndexSets(const deck::Mesh &mesh) {
     return index;
 }
 
-// The groups as the mesh has them.
+// The groups as the mesh has them. The name of an instance alone cuts nothing loose.
 void GroupByLines(Grouping *g) {
     const deck::Mesh &mesh = g->m->mesh;
     const SetIndex sets = IndexSets(mesh);
     for (const deck::CellGroup &group : mesh.groups) {
         const auto found = sets.find({group.placed, group.plain});
         const bool isSet = group.from != deck::GroupFrom::scope && found != sets.end();
-        g->groups.push_back({group.name, isSet ? found->second : kNoSet, false, 0, {false, false}, ""});
+        const bool loose = !isSet && group.from == deck::GroupFrom::scope && group.name.compare(0, 2, "C_") == 0;
+        g->groups.push_back(
+            {(loose ? "_" : "") + group.name, isSet ? found->second : kNoSet, false, 0, {false, false}, ""});
     }
     g->m->group = mesh.group;
 }
@@ -215,7 +217,7 @@ void GiveNames(Grouping *g) {
     for (std::size_t i = 0; i < g->groups.size(); ++i) {
         Group &group = g->groups[i];
         if (group.used && group.given.empty()) {
-            group.given = NameOne(m, &g->names, {group.name, group.name, "", {}, 0, {0, 0, 0}, ""}, kOnElement);
+            group.given = NameOne(m, &g->names, {group.name, group.name, "", {}, 0, {0, 0, 0}, "group"}, kOnElement);
         }
         m->groupNames.push_back(group.name);
     }
@@ -253,6 +255,9 @@ int SectionFor(Grouping *g, std::vector<Orders> *orders, const ElementRun &run, 
         if (made.section[1 - second] >= 0) {
             const std::string other = g->names.Give(name);
             m->Find(Code::mixedOrders, m->PlaceOf(element), {name, other});
+            if (m->wantsChanges) {
+                m->flat.changes.push_back({"group", "", name, other});
+            }
             name = other;
         }
         m->plain.sections.push_back({name, TypeFor(*m, run.type), {}});
@@ -327,7 +332,7 @@ void TellSetOfSkins(const Grouping &g, const MeshSet &set, int index) {
     }
 }
 
-// The cells of the set's elements.
+// The cells of the set's elements, by their numbers.
 void AddSet(const Grouping &g, std::size_t index) {
     const MeshSet &set = g.m->mesh.elementSets[index];
     if (g.setCells[index] == 0 && !set.members.empty()) {
@@ -344,6 +349,9 @@ void AddSet(const Grouping &g, std::size_t index) {
             list.members.push_back(c);
         }
     }
+    const std::vector<int> &number = g.m->plain.cellNumber;
+    std::sort(list.members.begin(), list.members.end(),
+              [&](int a, int b) { return number[static_cast<std::size_t>(a)] < number[static_cast<std::size_t>(b)]; });
     g.m->plain.elementSets.push_back(std::move(list));
 }
 

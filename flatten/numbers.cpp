@@ -86,11 +86,6 @@ bool SeparateEqual(std::vector<int> *numbers) {
     return true;
 }
 
-bool HasSeveral(const deck::Mesh &mesh) {
-    return std::count_if(mesh.placed.begin(), mesh.placed.end(),
-                         [](const deck::Placed &placed) { return !placed.name.empty(); }) > 1;
-}
-
 void NoteChanges(Making *m, const char *kind, const std::vector<int> &before, const std::vector<int> &after,
                  std::size_t deck::Placed::*first, std::size_t deck::Placed::*count) {
     for (std::size_t p = 0; p < m->mesh.placed.size() && m->wantsChanges; ++p) {
@@ -109,7 +104,7 @@ void NumberNodes(Making *m) {
     const deck::Mesh &mesh = m->mesh;
     m->plain.nodeNumber = mesh.nodeNumber;
     m->offset.assign(mesh.placed.size(), 0);
-    const bool separate = HasSeveral(mesh) || Clashes(mesh.nodeNumber) || Clashes(mesh.elementNumber);
+    const bool separate = m->severalInstances || Clashes(mesh.nodeNumber) || Clashes(mesh.elementNumber);
     if (separate && !SetOffsets(m, UnitOf(mesh)) && !SetOffsets(m, 1)) {
         m->Find(Code::tooManyNumbers, {0, 0, 0}, {});
         m->offset.assign(mesh.placed.size(), 0);

@@ -202,6 +202,30 @@ TEST(Groups, WithoutAnythingAreAll) {
               "*Element, type=CPS3, elset=ALL\n1, 1, 2, 3\n2, 1, 3, 4\n");
 }
 
+TEST(Groups, OfAnInstanceAreNotCutLooseByItsName) {
+    std::string deck =
+        kPart + "*End Part\n*Assembly, name=A\n*Instance, name=C_1, part=P\n*End Instance\n*End Assembly\n";
+    deck.replace(deck.find(", elset=Plate"), 13, "");
+    const Outcome flat = Flat(deck);
+    EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=_C_1"),
+              "*Element, type=CPS3, elset=_C_1\n1, 1, 2, 3\n2, 1, 3, 4\n")
+        << flat;
+}
+
+TEST(Groups, OfBothOrdersAreTwo) {
+    const Outcome flat =
+        Flat(kPlate + "*Node\n5, 2., 0.\n6, 1.5, 0.\n7, 1.5, 0.5\n8, 1., 0.5\n*Element, type=CPS6, elset=Plate\n"
+                      "3, 2, 5, 3, 6, 7, 8\n",
+             {{}, true, false});
+    EXPECT_TRUE(
+        flat.Has("15 mixed-orders: group PLATE has elements of first and of second order: one kind is group PLATE~2"))
+        << flat;
+    EXPECT_EQ(flat.Section("*Element, type=CPS6, elset=PLATE~2"),
+              "*Element, type=CPS6, elset=PLATE~2\n3, 2, 5, 3, 6, 7, 8\n");
+    EXPECT_EQ(flat.Section("*Elset, elset=PLATE"), "*Elset, elset=PLATE\n1, 2, 3\n");
+    EXPECT_EQ(flat.map, "kind\tinstance\told\tnew\ngroup\t\tPLATE\tPLATE~2\n");
+}
+
 // Overlaps -------------------------------------------------------------------------------------------------
 
 const std::string kOverlap = kPlate + "*Nset, nset=All, generate\n1, 4, 1\n*Nset, nset=Low\n1, 2\n"
