@@ -1,6 +1,8 @@
 // Replacing characters and words, and telling names apart.
 #include "flatten/names.h"
 
+#include "abaqus/RefusedWords.h"
+
 #include <algorithm>
 
 namespace flatten {
@@ -9,15 +11,6 @@ namespace {
 
 // The translator keeps as much of a name; room for what tells it from others is left.
 constexpr std::size_t kLongest = 248;
-
-// ORDER: kOnElement ... Each list is that of the translator's section.
-constexpr const char *kRefused[][12] = {
-    {"FILE", "INPUT", "OFFSET", "SOLIDELEMENTNUMBERING"},
-    {"GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"},
-    {"ELSET", "GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"},
-    {"COMBINE", "CROP", "DEFINITION", "FILLETRADIUS", "INTERNAL", "REGIONTYPE", "TRIM", "MAXRATIO", "NOOFFSET",
-     "NOTHICK", "SCALETHICK"},
-};
 
 bool IsPlain(char c) {
     constexpr const char *kReplaced = "\"/*,=;\\";
@@ -30,10 +23,27 @@ bool GoesOn(char before, char c) {
     return at(before) >= 0x80 && at(c) >= 0x80 && at(c) < 0xc0;
 }
 
-// The word with a '-' in its middle, as often as it occurs.
-void BreakWord(std::string *name, const std::string &word) {
-    for (std::size_t at = name->find(word); at != std::string::npos; at = name->find(word)) {
-        name->insert(at + word.size() / 2, "-");
+// The words with a '-' in their middle, as often as they occur.
+template <std::size_t nWords> void BreakWords(std::string *name, const char *const (&words)[nWords]) {
+    for (const std::string word : words) {
+        for (std::size_t at = name->find(word); at != std::string::npos; at = name->find(word)) {
+            name->insert(at + word.size() / 2, "-");
+        }
+    }
+}
+
+void BreakRefusedWords(std::string *name, unsigned where) {
+    if ((where & kOnElement) != 0) {
+        BreakWords(name, kRefusedCells);
+    }
+    if ((where & kOnElset) != 0) {
+        BreakWords(name, kRefusedCellSet);
+    }
+    if ((where & kOnNset) != 0) {
+        BreakWords(name, kRefusedNodeSet);
+    }
+    if ((where & kOnSurface) != 0) {
+        BreakWords(name, kRefusedSurface);
     }
 }
 
@@ -48,11 +58,7 @@ std::string PlainName(const std::string &name, unsigned where) {
             plain += IsPlain(upper) ? upper : '_';
         }
     }
-    for (unsigned list = 0; list < 4; ++list) {
-        for (int i = 0; (where >> list & 1U) != 0 && i < 12 && kRefused[list][i] != nullptr; ++i) {
-            BreakWord(&plain, kRefused[list][i]);
-        }
-    }
+    BreakRefusedWords(&plain, where);
     const bool isNumber =
         std::all_of(plain.begin(), plain.end(), [](char c) { return c >= '0' && c <= '9'; }); // or nothing at all
     if (plain.empty() || (isNumber && (where & kOnElset) != 0)) {
