@@ -331,7 +331,8 @@ const FindingKind kKinds[kCodes] = {
  "Write the mesh out in the mesher."},
 {Code::tooMany, "too-many", Level::error,
  "%1: too much for any mesh",
- "A range may hold a hundred million entries, a deck ten thousand instances.",
+ "A range may hold a hundred million entries, a deck ten thousand instances and as many included files, a hundred of them "
+ "within each other. What sets and surfaces take from one another has to be in proportion to the mesh.",
  nullptr,
  "Correct the row."},
 // Nodes and elements -------------------------------------------------------------------------------
@@ -416,8 +417,9 @@ const FindingKind kKinds[kCodes] = {
  "*Node\n1, 0., 0.\n2, 1e-6, 0.\n3, 1e-6, 1e-6\n*Element, type=CPS3, elset=Plate\n1, 1, 2, 3\n",
  "Use another unit of length (kivodeck flatten --scale)."},
 {Code::mixedDimension, "mixed-dimension", Level::error,
- "%n triangles stand beside tetrahedra: the translator takes both for cells",
- "A mesh has one dimension. Meshers write the skin of a body as triangles.",
+ "a mesh has one dimension, but %1",
+ "Meshers write the skin of a body as triangles; the translator takes both for cells. The first section of elements, "
+ "where it has no rows, decides the dimension of the mesh file.",
  nullptr,
  FLATTEN ": the skin becomes a surface."},
 {Code::outOfPlane, "out-of-plane", Level::error,

@@ -58,7 +58,7 @@ void TakeFindings(const std::vector<deck::Finding> &findings, Report *report) {
 
 // The plain deck in memory; the deck's own is gone when this returns.
 flatten::Flat ReadAndFlatten(const FlatJob &job, Report *report) {
-    deck::Deck deck = deck::ReadDeck(job.deck);
+    deck::Deck deck = deck::ReadDeck(job.deck, job.limits);
     report->readable = deck.readable;
     report->files = deck.files;
     report->otherKeywords = deck.otherKeywords;
@@ -163,7 +163,7 @@ FlatResult MakeFlat(const FlatJob &job) {
         return result;
     }
     const long long before = result.report.errors;
-    const Report own = account::CheckDeck(job.flat);
+    const Report own = account::CheckDeck(job.flat, job.limits);
     TakeOwnErrors(own, &result.report);
     result.report.meaning = own.meaning;
     result.report.reading = own.reading;

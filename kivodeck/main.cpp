@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@ constexpr int kFindings = 1;
 constexpr int kFailed = 2;
 
 constexpr char kShortage[] = "memory is short";
+constexpr char kFault[] = "a fault of the program itself; please report it with the deck";
 
 struct Options {
     std::vector<std::string> decks;
@@ -61,22 +63,27 @@ int Fail(const std::string &code, const std::string &text) {
     return wantsJson ? Print(kivodeck::JsonFailure(code, text), kFailed) : kFailed;
 }
 
-// The translator's functions end the process when memory is short. The report is made whole all the same, without any
-// more memory, and the exit status is that of a deck that cannot be read.
-void EndInOrder() {
-    if (!account::ReaderAtWork() && !translating) {
-        return;
-    }
-    std::fprintf(stderr, "kivodeck: %s\n", kShortage);
+// The report of a run that cannot go on: whole, and made without any more memory.
+int FailPlainly(const char *text) {
+    std::fprintf(stderr, "kivodeck: %s\n", text);
     if (wantsJson) {
-        std::fputs(
+        std::fprintf(
+            output,
             "{\"schema_version\": 1, \"findings\": [{\"code\": \"unreadable\", \"level\": \"error\", \"file\": \"\", "
-            "\"line\": 0, \"column\": 0, \"text\": \"memory is short\", \"count\": 1}], "
+            "\"line\": 0, \"column\": 0, \"text\": \"%s\", \"count\": 1}], "
             "\"verdict\": {\"errors\": 1, \"warnings\": 0, \"notes\": 0}}\n",
-            output);
+            text);
     }
     std::fflush(output);
-    std::_Exit(kFailed);
+    return kFailed;
+}
+
+// The translator's functions end the process when memory is short. The exit status is then that of a deck that cannot
+// be read.
+void EndInOrder() {
+    if (account::ReaderAtWork() || translating) {
+        std::_Exit(FailPlainly(kShortage));
+    }
 }
 
 int StatusOf(const account::Report &report, const std::string &failOn) {
@@ -105,12 +112,18 @@ int Check(const Options &options) {
     return options.format == "text" ? status : Print(kivodeck::JsonReport(reports), status);
 }
 
-bool IsThere(const std::string &path) {
-    const int file = SystemOpenToRead(path.c_str());
-    if (file != -1) {
-        SystemClose(file);
+// Why a file cannot be written under that name, or "". What is there is looked at, not opened: a pipe would keep the
+// program waiting, and a device would be gone when the new file takes its name.
+std::string WhyNotTo(const std::string &path, bool force) {
+    std::error_code error;
+    const std::filesystem::file_status there = std::filesystem::status(path, error);
+    if (path.empty() || !std::filesystem::exists(there)) {
+        return "";
     }
-    return file != -1;
+    if (!std::filesystem::is_regular_file(there)) {
+        return path + " is no file that could be overwritten";
+    }
+    return force ? "" : path + " is there already (--force overwrites it)";
 }
 
 int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
@@ -150,8 +163,11 @@ kivodeck::FlatResult FlattenWatched(const kivodeck::FlatJob &job) {
 }
 
 int Flatten(const Options &options) {
-    if (!options.force && IsThere(options.flat.flat)) {
-        return Fail("usage", options.flat.flat + " is there already (--force overwrites it)");
+    for (const std::string &path : {options.flat.flat, options.flat.map}) {
+        const std::string whyNot = WhyNotTo(path, options.force);
+        if (!whyNot.empty()) {
+            return Fail("usage", whyNot);
+        }
     }
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
     const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
@@ -322,8 +338,8 @@ int main(int argc, char **argv) {
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc &) {
-        return Fail("unreadable", kShortage);
-    } catch (const CLI::Error &error) {
-        return Fail("usage", error.what());
+        return FailPlainly(kShortage);
+    } catch (...) {
+        return FailPlainly(kFault);
     }
 }

@@ -1,17 +1,19 @@
 // The program kivodeck from outside: commands, options, exit statuses, the two forms of a report.
+#include "kivodeck/terminal.h"
+#include "tests/rundeck.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
 #include <string>
 
-#include <sys/wait.h>
-
+#include <pty.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -20,23 +22,9 @@ namespace {
 
 using nlohmann::json;
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
 // Runs `kivodeck ARGUMENTS` in the folder of the tests' decks; standard error goes where `errors` says.
 Outcome RunDeck(const std::string &arguments, const std::string &errors = "/dev/null") {
-    const std::string command = "cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors;
-    std::FILE *pipe = popen(command.c_str(), "r");
-    Outcome outcome{-1, ""};
-    char block[4096];
-    for (std::size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;) {
-        outcome.out.append(block, got);
-    }
-    const int status = pclose(pipe);
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return outcome;
+    return RunShell("cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors);
 }
 
 class Deck {
@@ -58,11 +46,6 @@ class Deck {
 
 const char kPlate[] = "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n4, 0., 1.\n"
                       "*Element, type=CPS3, elset=Plate\n1, 1, 2, 3\n2, 1, 3, 4\n";
-
-std::string LastLine(const std::string &text) {
-    const std::size_t end = text.find_last_not_of('\n');
-    return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
-}
 
 TEST(Status, IsZeroForACleanDeckAndTheVerdictIsTheLastLine) {
     const Outcome run = RunDeck("check cps3.inp");
@@ -158,6 +141,16 @@ TEST(Json, OfSeveralDecksIsOneObject) {
     EXPECT_EQ(report["verdict"]["errors"], 0);
 }
 
+TEST(Json, HasTheChainOfIncludes) {
+    const json report = json::parse(RunDeck("check --format=json decks/include-cycle.inp").out);
+    const json &finding = report["findings"][1]; // behind that of the include itself
+    EXPECT_EQ(finding["code"], "include-cycle");
+    EXPECT_EQ(finding["file"], "decks/include-cycle-loop.inc");
+    ASSERT_EQ(finding["included_from"].size(), 1u);
+    EXPECT_EQ(finding["included_from"][0]["file"], "decks/include-cycle.inp");
+    EXPECT_EQ(finding["included_from"][0]["line"], 11);
+}
+
 TEST(Text, ShowsTenOfACodeUnlessAskedForAll) {
     std::string text = std::string(kPlate);
     for (int i = 0; i < 25; ++i) {
@@ -186,6 +179,53 @@ TEST(Text, CountsKeywordsOutsideTheMeshOnOneLine) {
 
 TEST(Text, IsNotColouredInAPipe) {
     EXPECT_EQ(RunDeck("check nowhere.inp").out.find('\033'), std::string::npos);
+}
+
+// What a terminal shows of what a process of its own does there.
+template <class Act> std::string OnTerminal(const Act &act) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        act();
+        std::exit(0);
+    }
+    std::string shown;
+    char block[4096];
+    for (ssize_t got; (got = read(terminal, block, sizeof block)) > 0;) { // fails when the other end is closed
+        shown.append(block, static_cast<std::size_t>(got));
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    close(terminal);
+    return shown;
+}
+
+TEST(Terminal, GetsColourUnlessItIsNotWanted) {
+    for (const std::string noColour : {"", "1"}) {
+        const std::string shown = OnTerminal([&] {
+            setenv("NO_COLOR", noColour.c_str(), 1);
+            execl(KIVODECK_PROGRAM, KIVODECK_PROGRAM, "check", "nowhere.inp", nullptr);
+        });
+        EXPECT_NE(shown.find("nowhere.inp"), std::string::npos);
+        EXPECT_EQ(shown.find('\033') == std::string::npos, noColour == "1") << shown;
+    }
+}
+
+TEST(Terminal, SeesAfterASecondThatWorkGoesOn) {
+    const auto work = [](std::chrono::milliseconds time) {
+        return OnTerminal([&] {
+            const auto end = std::chrono::steady_clock::now() + time;
+            const kivodeck::Progress progress("at work");
+            while (std::chrono::steady_clock::now() < end) {
+                usleep(1000);
+            }
+        });
+    };
+    EXPECT_EQ(work(std::chrono::milliseconds(0)), "");
+    const std::string shown = work(std::chrono::milliseconds(1300)); // or longer, on a busy machine
+    EXPECT_EQ(shown.substr(0, 13), "\rat work 1 s\r") << shown;
+    EXPECT_EQ(shown.substr(shown.size() - 4), "\r\033[K") << shown;
 }
 
 TEST(Help, FitsAScreen) {
@@ -340,6 +380,16 @@ TEST(Explain, ShowsOneCodeAndAll) {
     EXPECT_NE(one.out.find("*Nset, nset=Left, generate"), std::string::npos);
     EXPECT_NE(RunDeck("explain").out.find("\nrow-end-comma "), std::string::npos);
     EXPECT_EQ(json::parse(RunDeck("explain --format=json no-generate").out)["level"], "error");
+    std::istringstream lines(RunDeck("explain").out);
+    const json all = json::parse(RunDeck("explain --format=json").out);
+    EXPECT_EQ(all["schema_version"], 1);
+    EXPECT_GT(all["codes"].size(), 50u);
+    for (const json &code : all["codes"]) { // the same, in the same order
+        std::string word, level, text;
+        std::getline(lines >> word >> level, text);
+        EXPECT_EQ(code["code"], word);
+        EXPECT_EQ(code["level"], level);
+    }
 }
 
 } // namespace
