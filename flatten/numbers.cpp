@@ -34,14 +34,14 @@ long long RoundUp(long long value, long long unit) {
     return (value + unit - 1) / unit * unit;
 }
 
-// The power of ten with as many digits as the largest number: offsets that are its multiples leave numbers readable.
+// The power of ten above the largest number: offsets that are its multiples leave numbers readable.
 long long UnitOf(const deck::Mesh &mesh) {
     long long largest = 1;
     for (const deck::Placed &placed : mesh.placed) {
         largest = std::max<long long>(largest, LargestOf(mesh, placed));
     }
     long long unit = 1;
-    while (unit * 10 <= largest) {
+    while (unit <= largest) {
         unit *= 10;
     }
     return unit;
@@ -105,7 +105,11 @@ void NumberNodes(Making *m) {
     m->plain.nodeNumber = mesh.nodeNumber;
     m->offset.assign(mesh.placed.size(), 0);
     const bool separate = m->severalInstances || Clashes(mesh.nodeNumber) || Clashes(mesh.elementNumber);
-    if (separate && !SetOffsets(m, UnitOf(mesh)) && !SetOffsets(m, 1)) {
+    bool enough = !separate;
+    for (long long unit = UnitOf(mesh); !enough && unit > 0; unit /= 10) { // finer ones where numbers would run out
+        enough = SetOffsets(m, unit);
+    }
+    if (!enough) {
         m->Find(Code::tooManyNumbers, {0, 0, 0}, {});
         m->offset.assign(mesh.placed.size(), 0);
     }
