@@ -34,7 +34,7 @@ struct Options {
     std::vector<std::string> decks;
     std::string code;
     std::string format = "text";
-    std::string failOn = "warning";
+    std::string failOn; // "": the verb's own
     bool all = false;
     kivodeck::FlatJob flat;
     std::string groups;
@@ -321,9 +321,10 @@ int Run(int argc, char **argv) {
     }
     options.flat.options = FlatOptions(options);
     if (flat->parsed() || run->parsed()) {
-        options.failOn = flat->count("--fail-on") + run->count("--fail-on") > 0 ? options.failOn : "error";
+        options.failOn = options.failOn.empty() ? "error" : options.failOn;
         return flat->parsed() ? Flatten(options) : RunAll(options);
     }
+    options.failOn = options.failOn.empty() ? "warning" : options.failOn;
     return check->parsed() ? Check(options) : Explain(options);
 }
 

@@ -345,6 +345,25 @@ TEST(Splitting, PutsANodeIntoTheMiddleOfASecondOrderDiagonal) {
     EXPECT_NE(flat.text.find("nset=ALL\n1, 2, 3, 4, 5, 6, 7, 8, 9\n"), std::string::npos);
 }
 
+// Six diagonals of faces and one through the body, numbered by their ends: 1-3, 1-6, 1-7, 1-8, 2-7, 3-8, 5-7. One edge
+// is bent: the middle node of 1-2 lies at y = -0.5, which moves the middles of both its faces by half and that of the
+// body by a quarter as much.
+TEST(Splitting, PutsNodesIntoTheMiddleOfFacesAndOfTheBody) {
+    std::string deck = kCube.substr(0, kCube.find("*Element"));
+    deck += "9, 0.5, -0.5, 0.\n10, 1., 0.5, 0.\n11, 0.5, 1., 0.\n12, 0., 0.5, 0.\n13, 0.5, 0., 1.\n14, 1., 0.5, 1.\n"
+            "15, 0.5, 1., 1.\n16, 0., 0.5, 1.\n17, 0., 0., 0.5\n18, 1., 0., 0.5\n19, 1., 1., 0.5\n20, 0., 1., 0.5\n"
+            "*Element, type=C3D20R, elset=Body\n1, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,\n16, 17, 18, 19, "
+            "20\n";
+    const Outcome flat = Flat(deck);
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_NE(flat.text.find("\n21, 0.5, 0.25, 0\n22, 0.5, -0.25, 0.5\n23, 0.5, 0.375, 0.5\n24, 0, 0.5, 0.5\n"
+                             "25, 1, 0.5, 0.5\n26, 0.5, 1, 0.5\n27, 0.5, 0.5, 1\n*Element, type=C3D10, elset=BODY\n"),
+              std::string::npos)
+        << flat;
+    // The first piece is 5, 8, 7, 1: edges 5-8, 8-7, 7-5, 5-1, 8-1, 7-1.
+    EXPECT_NE(flat.text.find("\n1, 5, 8, 7, 1, 16, 15, 27, 17, 24, 23\n"), std::string::npos) << flat;
+}
+
 TEST(Splitting, FailsOnBentElementsAndCountsWhatAnotherDiagonalSaves) {
     // Node 3 is pushed in below the line 2-4: cut from 1 to 3 both halves are right, from 2 to 4 they are not.
     const Outcome flat =
