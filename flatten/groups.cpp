@@ -256,7 +256,7 @@ bool BeginsWith(const std::string &text, const char *with) {
 const char *TypeFor(const Making &m, int type) {
     const deck::TypeName &name = m.deck.types[static_cast<std::size_t>(type)];
     const bool second = IsSecondOrder(name.type.shape);
-    if (m.mesh.dimension == 3) {
+    if ((m.mesh.dimension == 0 ? DimensionOf(name.type.shape) : m.mesh.dimension) == 3) {
         return second ? "C3D10" : "C3D4";
     }
     if (name.type.shell) {
