@@ -54,7 +54,7 @@ if(TARGET kivodeck)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
   add_dependencies(kivodeck_test kivodeck)
-  kivom_test(kivodeck_files_test LINK nlohmann_json::nlohmann_json)
+  kivom_test(kivodeck_files_test SLOW LINK nlohmann_json::nlohmann_json)
   target_compile_definitions(kivodeck_files_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>")
   add_dependencies(kivodeck_files_test kivodeck)
   add_test(NAME docs.findings
