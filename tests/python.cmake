@@ -8,6 +8,11 @@ endfunction()
 # Real decks.
 kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> ${CMAKE_SOURCE_DIR}/examples)
 
+# What other programs find in plain decks.
+if(TARGET kivodeck)
+  kivom_python_test(second_opinions tests/decks/second_opinions.py --kivodeck $<TARGET_FILE:kivodeck>)
+endif()
+
 # Files read back with the VTK library and with meshio.
 kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
                   --examples ${CMAKE_SOURCE_DIR}/examples --cases ${CMAKE_SOURCE_DIR}/tests/cases
