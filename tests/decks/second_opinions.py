@@ -4,9 +4,9 @@
     second_opinions.py --kivodeck PATH
 
 Blocks of hexahedra and wedges, each used twice, once shifted and turned, and plates of quadrilaterals become plain
-decks. What they hold is known here from the grid. meshio has to read it: coordinates, cells and the members of sets; cgx
-the same numbers; ccx, by an analysis of one step, the volume of each cell group, the area of each surface, the nodes of
-each set. Exit status: 0 all agree, 1 something does not, 77 when none of the three is installed.
+decks. What they hold is known here from the grid. meshio has to read it: coordinates, cells and the members of sets;
+cgx the same numbers; ccx, by an analysis of one step, the volume of each cell group, the area of each surface and the
+nodes of each set. Exit status: 0 all agree, 1 something does not, 77 when none of the three is installed.
 """
 import argparse, itertools, json, math, os, re, shutil, subprocess, sys, tempfile
 
@@ -107,7 +107,8 @@ def need(same, what, *values):
 
 
 def run(argv, folder):
-    done = subprocess.run(argv, cwd=folder, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=TIME_LIMIT)
+    done = subprocess.run(argv, cwd=folder, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                          timeout=TIME_LIMIT)
     need(done.returncode == 0, "%s ends with status" % os.path.basename(argv[0]), done.returncode, done.stdout[-400:])
     return done.stdout
 
@@ -158,8 +159,8 @@ def ask_ccx(block, folder, meaning):
         file.write("\n".join(row for row in step + ["*End step"] if row) + "\n")
     run(["ccx", "job"], folder)
     with open(os.path.join(folder, "job.dat")) as file:
-        parts = re.split(r"^ (displacements|total volume|statistics).* set (\S+) and time.*$", file.read(), flags=re.M)[1:]
-    found = {(what, name): text for what, name, text in zip(*[iter(parts)] * 3)}
+        parts = re.split(r"^ (displacements|total volume|statistics).* set (\S+) and time.*$", file.read(), flags=re.M)
+    found = {(what, name): text for what, name, text in zip(*[iter(parts[1:])] * 3)}
     for name, expected in block.sets.items():
         rows = found["displacements", name].strip().split("\n")
         need(len(rows) == len(expected), "nodes of " + name, len(rows), len(expected))
