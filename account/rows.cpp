@@ -234,7 +234,7 @@ struct NodeRow {
 void TellCoordinates(Teller *teller, const NodeRow &row) {
     constexpr const char *kAxes[] = {"x", "y", "z"};
     int axis = 0;
-    while (SameReal(row.meant[axis], row.read[axis])) {
+    while (axis < 2 && SameReal(row.meant[axis], row.read[axis])) {
         ++axis;
     }
     const std::string meant = std::string(kAxes[axis]) + " = " + NumberText(row.meant[axis]);

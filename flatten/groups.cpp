@@ -47,14 +47,16 @@ SetIndex IndexSets(const deck::Mesh &mesh) {
     return index;
 }
 
-// The groups as the mesh has them.
+// The groups as the mesh has them. The name of an instance alone cuts nothing loose.
 void GroupByLines(Grouping *g) {
     const deck::Mesh &mesh = g->m->mesh;
     const SetIndex sets = IndexSets(mesh);
     for (const deck::CellGroup &group : mesh.groups) {
         const auto found = sets.find({group.placed, group.plain});
         const bool isSet = group.from != deck::GroupFrom::scope && found != sets.end();
-        g->groups.push_back({group.name, isSet ? found->second : kNoSet, false, 0, {false, false}, ""});
+        const bool loose = !isSet && group.from == deck::GroupFrom::scope && group.name.compare(0, 2, "C_") == 0;
+        g->groups.push_back(
+            {(loose ? "_" : "") + group.name, isSet ? found->second : kNoSet, false, 0, {false, false}, ""});
     }
     g->m->group = mesh.group;
 }
@@ -186,19 +188,43 @@ bool IsWhole(const Group &group, long long setCells) {
     return group.cells == setCells && !(group.ofOrder[0] && group.ofOrder[1]);
 }
 
-// Sets come first: a group that is a set has its name, and no other group has.
+// The group that each element set is; -1 where it is none.
+std::vector<int> GroupsOfSets(const Grouping &g) {
+    std::vector<int> groupOf(g.m->mesh.elementSets.size(), -1);
+    for (std::size_t i = 0; i < g.groups.size(); ++i) {
+        if (g.groups[i].set != kNoSet && g.groups[i].used) {
+            groupOf[static_cast<std::size_t>(g.groups[i].set)] = static_cast<int>(i);
+        }
+    }
+    return groupOf;
+}
+
+// Whether the group holds elements that its set does not: copies belong to the group of what they are copies of.
+bool HoldsMore(const Grouping &g, const MeshSet &set, int group) {
+    const auto inGroup = std::count_if(set.members.begin(), set.members.end(), [&](int element) {
+        const auto e = static_cast<std::size_t>(element);
+        return g.m->group[e] == group && g.m->role[e] == Role::cell;
+    });
+    return inGroup < g.groups[static_cast<std::size_t>(group)].cells;
+}
+
+std::string NameGroup(Grouping *g, const std::string &name) {
+    return NameOne(g->m, &g->names, {name, name, "", {}, 0, {0, 0, 0}, ""}, kOnElement);
+}
+
+// Sets come first: a group that is a set has its name, and no other group has. Where the group holds more it has the
+// name, and the set another one.
 void GiveNames(Grouping *g) {
     Making *m = g->m;
     const deck::Mesh &mesh = m->mesh;
-    std::vector<int> groupOf(mesh.elementSets.size(), -1);
-    for (std::size_t i = 0; i < g->groups.size(); ++i) {
-        if (g->groups[i].set != kNoSet && g->groups[i].used) {
-            groupOf[static_cast<std::size_t>(g->groups[i].set)] = static_cast<int>(i);
-        }
-    }
+    const std::vector<int> groupOf = GroupsOfSets(*g);
     for (std::size_t s = 0; s < mesh.elementSets.size(); ++s) {
         const MeshSet &set = mesh.elementSets[s];
-        const bool isGroup = groupOf[s] >= 0;
+        const bool holdsMore = groupOf[s] >= 0 && HoldsMore(*g, set, groupOf[s]);
+        if (holdsMore) {
+            g->groups[static_cast<std::size_t>(groupOf[s])].given = NameGroup(g, set.name);
+        }
+        const bool isGroup = groupOf[s] >= 0 && !holdsMore;
         const bool whole = isGroup && IsWhole(g->groups[static_cast<std::size_t>(groupOf[s])], g->setCells[s]);
         const bool listed = g->own[s] != 0 || (!whole && g->setCells[s] > 0);
         const Claim claim{set.name, set.plain, m->InstanceOf(set.placed), {}, 0, StandingOf(*m, set, false).place,
@@ -215,7 +241,7 @@ void GiveNames(Grouping *g) {
     for (std::size_t i = 0; i < g->groups.size(); ++i) {
         Group &group = g->groups[i];
         if (group.used && group.given.empty()) {
-            group.given = NameOne(m, &g->names, {group.name, group.name, "", {}, 0, {0, 0, 0}, ""}, kOnElement);
+            group.given = NameOne(m, &g->names, {group.name, group.name, "", {}, 0, {0, 0, 0}, "group"}, kOnElement);
         }
         m->groupNames.push_back(group.name);
     }
@@ -225,11 +251,12 @@ bool BeginsWith(const std::string &text, const char *with) {
     return text.compare(0, std::strlen(with), with) == 0;
 }
 
-// The translator's name for cells of that type.
+// The translator's name for cells of that type. One of another dimension than the mesh has no cells, but a section
+// without rows may decide the dimension.
 const char *TypeFor(const Making &m, int type) {
     const deck::TypeName &name = m.deck.types[static_cast<std::size_t>(type)];
     const bool second = IsSecondOrder(name.type.shape);
-    if (DimensionOf(name.type.shape) == 3) {
+    if ((m.mesh.dimension == 0 ? DimensionOf(name.type.shape) : m.mesh.dimension) == 3) {
         return second ? "C3D10" : "C3D4";
     }
     if (name.type.shell) {
@@ -253,6 +280,9 @@ int SectionFor(Grouping *g, std::vector<Orders> *orders, const ElementRun &run, 
         if (made.section[1 - second] >= 0) {
             const std::string other = g->names.Give(name);
             m->Find(Code::mixedOrders, m->PlaceOf(element), {name, other});
+            if (m->wantsChanges) {
+                m->flat.changes.push_back({"group", "", name, other});
+            }
             name = other;
         }
         m->plain.sections.push_back({name, TypeFor(*m, run.type), {}});
@@ -327,7 +357,7 @@ void TellSetOfSkins(const Grouping &g, const MeshSet &set, int index) {
     }
 }
 
-// The cells of the set's elements.
+// The cells of the set's elements, by their numbers.
 void AddSet(const Grouping &g, std::size_t index) {
     const MeshSet &set = g.m->mesh.elementSets[index];
     if (g.setCells[index] == 0 && !set.members.empty()) {
@@ -344,6 +374,9 @@ void AddSet(const Grouping &g, std::size_t index) {
             list.members.push_back(c);
         }
     }
+    const std::vector<int> &number = g.m->plain.cellNumber;
+    std::sort(list.members.begin(), list.members.end(),
+              [&](int a, int b) { return number[static_cast<std::size_t>(a)] < number[static_cast<std::size_t>(b)]; });
     g.m->plain.elementSets.push_back(std::move(list));
 }
 

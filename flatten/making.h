@@ -30,6 +30,7 @@ struct Making {
     Flat &flat;
     Plain &plain;
     bool wantsChanges;
+    bool severalInstances;
 
     std::vector<Role> role;        // of each element
     std::vector<int> firstCell;    // of element e: cells [firstCell[e], firstCell[e + 1])

@@ -24,6 +24,12 @@ bool IsPlain(char c) {
     return c > ' ' && c < 127 && std::string(kReplaced).find(c) == std::string::npos;
 }
 
+// Whether the byte goes on with the character that the one before it began or went on with, in UTF-8.
+bool GoesOn(char before, char c) {
+    const auto at = [](char byte) { return static_cast<unsigned char>(byte); };
+    return at(before) >= 0x80 && at(c) >= 0x80 && at(c) < 0xc0;
+}
+
 // The word with a '-' in its middle, as often as it occurs.
 void BreakWord(std::string *name, const std::string &word) {
     for (std::size_t at = name->find(word); at != std::string::npos; at = name->find(word)) {
@@ -35,9 +41,12 @@ void BreakWord(std::string *name, const std::string &word) {
 
 std::string PlainName(const std::string &name, unsigned where) {
     std::string plain;
-    for (const char c : name) {
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const char c = name[i];
         const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-        plain += IsPlain(upper) ? upper : '_';
+        if (i == 0 || !GoesOn(name[i - 1], c)) {
+            plain += IsPlain(upper) ? upper : '_';
+        }
     }
     for (unsigned list = 0; list < 4; ++list) {
         for (int i = 0; (where >> list & 1U) != 0 && i < 12 && kRefused[list][i] != nullptr; ++i) {

@@ -34,14 +34,14 @@ long long RoundUp(long long value, long long unit) {
     return (value + unit - 1) / unit * unit;
 }
 
-// The power of ten with as many digits as the largest number: offsets that are its multiples leave numbers readable.
+// The power of ten above the largest number: offsets that are its multiples leave numbers readable.
 long long UnitOf(const deck::Mesh &mesh) {
     long long largest = 1;
     for (const deck::Placed &placed : mesh.placed) {
         largest = std::max<long long>(largest, LargestOf(mesh, placed));
     }
     long long unit = 1;
-    while (unit * 10 <= largest) {
+    while (unit <= largest) {
         unit *= 10;
     }
     return unit;
@@ -86,11 +86,6 @@ bool SeparateEqual(std::vector<int> *numbers) {
     return true;
 }
 
-bool HasSeveral(const deck::Mesh &mesh) {
-    return std::count_if(mesh.placed.begin(), mesh.placed.end(),
-                         [](const deck::Placed &placed) { return !placed.name.empty(); }) > 1;
-}
-
 void NoteChanges(Making *m, const char *kind, const std::vector<int> &before, const std::vector<int> &after,
                  std::size_t deck::Placed::*first, std::size_t deck::Placed::*count) {
     for (std::size_t p = 0; p < m->mesh.placed.size() && m->wantsChanges; ++p) {
@@ -109,8 +104,12 @@ void NumberNodes(Making *m) {
     const deck::Mesh &mesh = m->mesh;
     m->plain.nodeNumber = mesh.nodeNumber;
     m->offset.assign(mesh.placed.size(), 0);
-    const bool separate = HasSeveral(mesh) || Clashes(mesh.nodeNumber) || Clashes(mesh.elementNumber);
-    if (separate && !SetOffsets(m, UnitOf(mesh)) && !SetOffsets(m, 1)) {
+    const bool separate = m->severalInstances || Clashes(mesh.nodeNumber) || Clashes(mesh.elementNumber);
+    bool enough = !separate;
+    for (long long unit = UnitOf(mesh); !enough && unit > 0; unit /= 10) { // finer ones where numbers would run out
+        enough = SetOffsets(m, unit);
+    }
+    if (!enough) {
         m->Find(Code::tooManyNumbers, {0, 0, 0}, {});
         m->offset.assign(mesh.placed.size(), 0);
     }

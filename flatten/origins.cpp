@@ -9,14 +9,25 @@ namespace {
 
 // With one instance at most the order is that of the deck.
 int RankOf(const Making &m, int placed) {
-    const auto nNamed = std::count_if(m.mesh.placed.begin(), m.mesh.placed.end(),
-                                      [](const deck::Placed &p) { return !p.name.empty(); });
-    return nNamed > 1 ? placed : 0;
+    return m.severalInstances ? placed : 0;
 }
 
 const deck::SetTable &TableOf(const Making &m, const deck::Origin &origin, bool ofNodes) {
     const deck::Scope &scope = m.deck.scopes[static_cast<std::size_t>(origin.scope)];
     return ofNodes ? scope.nodeSets : scope.elementSets;
+}
+
+// A section of the set itself, not of nodes or elements that name it.
+bool IsOwn(const deck::SetSection &section) {
+    return section.source != deck::SetSource::nodes && section.source != deck::SetSource::elements &&
+           section.source != deck::SetSource::generated;
+}
+
+// The set's first section of its own; without any its first.
+int FirstSection(const deck::SetTable &table, const std::vector<int> &sections) {
+    const auto own = std::find_if(sections.begin(), sections.end(),
+                                  [&](int s) { return IsOwn(table.sections[static_cast<std::size_t>(s)]); });
+    return own == sections.end() ? sections[0] : *own;
 }
 
 template <class Section> Standing StandingOfSection(const Making &m, int placed, const Section &section) {
@@ -27,7 +38,7 @@ template <class Section> Standing StandingOfSection(const Making &m, int placed,
 
 Standing StandingOf(const Making &m, const deck::MeshSet &set, bool ofNodes) {
     const deck::SetTable &table = TableOf(m, set.origins[0], ofNodes);
-    const int first = table.sets[static_cast<std::size_t>(set.origins[0].index)].sections[0];
+    const int first = FirstSection(table, table.sets[static_cast<std::size_t>(set.origins[0].index)].sections);
     return StandingOfSection(m, set.placed, table.sections[static_cast<std::size_t>(first)]);
 }
 
@@ -42,11 +53,7 @@ bool HasOwnSection(const Making &m, const deck::MeshSet &set, bool ofNodes) {
     return std::any_of(set.origins.begin(), set.origins.end(), [&](const deck::Origin &origin) {
         const deck::SetTable &table = TableOf(m, origin, ofNodes);
         const std::vector<int> &sections = table.sets[static_cast<std::size_t>(origin.index)].sections;
-        return std::any_of(sections.begin(), sections.end(), [&](int s) {
-            const deck::SetSource source = table.sections[static_cast<std::size_t>(s)].source;
-            return source != deck::SetSource::nodes && source != deck::SetSource::elements &&
-                   source != deck::SetSource::generated;
-        });
+        return IsOwn(table.sections[static_cast<std::size_t>(FirstSection(table, sections))]);
     });
 }
 

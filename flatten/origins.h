@@ -6,7 +6,8 @@
 
 namespace flatten {
 
-// A place in the order of the deck: that of the first section. Of several instances one comes behind the other.
+// A place in the order of the deck: that of the first section of its own, as far as there is one. Of several instances
+// one comes behind the other.
 struct DeckOrder {
     int placed;
     int order;

@@ -250,6 +250,13 @@ void MakeSurfaces(Making *m) {
         for (const int item : claims[c].items) {
             m->plain.surfaces.back().faces.push_back(all[static_cast<std::size_t>(item)]);
         }
+        const std::vector<int> &number = m->plain.cellNumber;
+        std::vector<CellFace> &faces = m->plain.surfaces.back().faces;
+        std::sort(faces.begin(), faces.end(), [&](const CellFace &a, const CellFace &b) {
+            return a.cell != b.cell
+                       ? number[static_cast<std::size_t>(a.cell)] < number[static_cast<std::size_t>(b.cell)]
+                       : a.face < b.face;
+        });
     }
 }
 

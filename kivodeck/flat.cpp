@@ -58,7 +58,7 @@ void TakeFindings(const std::vector<deck::Finding> &findings, Report *report) {
 
 // The plain deck in memory; the deck's own is gone when this returns.
 flatten::Flat ReadAndFlatten(const FlatJob &job, Report *report) {
-    deck::Deck deck = deck::ReadDeck(job.deck);
+    deck::Deck deck = deck::ReadDeck(job.deck, job.limits);
     report->readable = deck.readable;
     report->files = deck.files;
     report->otherKeywords = deck.otherKeywords;
@@ -113,9 +113,12 @@ bool IsError(const Finding &finding) {
 // Errors of the plain deck that the deck does not have. Where elements were lost with a word none may be left.
 void TakeOwnErrors(const Report &own, Report *report) {
     std::vector<Finding> faults;
+    std::vector<char> toldOf(account::kCodes, 0);
+    for (const Finding &finding : report->findings) {
+        toldOf[static_cast<std::size_t>(finding.code)] = 1;
+    }
     for (const Finding &finding : own.findings) {
-        const bool told = std::any_of(report->findings.begin(), report->findings.end(),
-                                      [&](const Finding &known) { return known.code == finding.code; });
+        const bool told = toldOf[static_cast<std::size_t>(finding.code)] != 0;
         const bool follows = finding.code == Code::emptyDeck && report->errors > 0;
         if (IsError(finding) && !told && !follows) {
             faults.push_back({Code::plainDeckWrong,
@@ -127,6 +130,22 @@ void TakeOwnErrors(const Report &own, Report *report) {
     report->findings.insert(report->findings.end(), faults.begin(), faults.end());
     PutInOrder(report);
 }
+
+// A file that is removed in the end, unless it has another name by then.
+class Leftover {
+  public:
+    explicit Leftover(std::string path) : path_(std::move(path)) {}
+    ~Leftover() {
+        if (!path_.empty()) {
+            std::remove(path_.c_str());
+        }
+    }
+    Leftover(const Leftover &) = delete;
+    Leftover &operator=(const Leftover &) = delete;
+
+  private:
+    std::string path_;
+};
 
 } // namespace
 
@@ -144,7 +163,7 @@ FlatResult MakeFlat(const FlatJob &job) {
         return result;
     }
     const long long before = result.report.errors;
-    const Report own = account::CheckDeck(job.flat);
+    const Report own = account::CheckDeck(job.flat, job.limits);
     TakeOwnErrors(own, &result.report);
     result.report.meaning = own.meaning;
     result.report.reading = own.reading;
@@ -156,17 +175,13 @@ FlatResult Flatten(const FlatJob &job) {
     FlatJob beside = job;
     beside.flat += kBeside;
     beside.map += job.map.empty() ? "" : kBeside;
+    const Leftover flat(beside.flat);
+    const Leftover map(beside.map);
     FlatResult result = MakeFlat(beside);
     for (const auto &[from, to] : {std::make_pair(beside.map, job.map), std::make_pair(beside.flat, job.flat)}) {
-        if (from.empty()) {
-            continue;
-        }
-        if (result.made && std::rename(from.c_str(), to.c_str()) != 0) {
+        if (result.made && !from.empty() && std::rename(from.c_str(), to.c_str()) != 0) {
             result.failure = to + " cannot be written: " + std::strerror(errno);
             result.made = false;
-        }
-        if (!result.made) {
-            std::remove(from.c_str());
         }
     }
     return result;

@@ -15,6 +15,7 @@ struct FlatJob {
     std::string map;  // "" for none
     flatten::Options options;
     bool allowLoss = false;
+    deck::Limits limits = {};
 };
 
 struct FlatResult {

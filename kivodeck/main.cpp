@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ struct Options {
     std::vector<std::string> decks;
     std::string code;
     std::string format = "text";
-    std::string failOn = "warning";
+    std::string failOn; // "": the verb's own
     bool all = false;
     kivodeck::FlatJob flat;
     std::string groups;
@@ -111,12 +112,18 @@ int Check(const Options &options) {
     return options.format == "text" ? status : Print(kivodeck::JsonReport(reports), status);
 }
 
-bool IsThere(const std::string &path) {
-    const int file = SystemOpenToRead(path.c_str());
-    if (file != -1) {
-        SystemClose(file);
+// Why a file cannot be written under that name, or "". What is there is looked at, not opened: a pipe would keep the
+// program waiting, and a device would be gone when the new file takes its name.
+std::string WhyNotTo(const std::string &path, bool force) {
+    std::error_code error;
+    const std::filesystem::file_status there = std::filesystem::status(path, error);
+    if (path.empty() || !std::filesystem::exists(there)) {
+        return "";
     }
-    return file != -1;
+    if (!std::filesystem::is_regular_file(there)) {
+        return path + " is no file that could be overwritten";
+    }
+    return force ? "" : path + " is there already (--force overwrites it)";
 }
 
 int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
@@ -156,8 +163,11 @@ kivodeck::FlatResult FlattenWatched(const kivodeck::FlatJob &job) {
 }
 
 int Flatten(const Options &options) {
-    if (!options.force && IsThere(options.flat.flat)) {
-        return Fail("usage", options.flat.flat + " is there already (--force overwrites it)");
+    for (const std::string &path : {options.flat.flat, options.flat.map}) {
+        const std::string whyNot = WhyNotTo(path, options.force);
+        if (!whyNot.empty()) {
+            return Fail("usage", whyNot);
+        }
     }
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
     const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
@@ -224,7 +234,7 @@ void DescribeCheck(CLI::App *verb, Options *options) {
 
 void DescribeFlat(CLI::App *verb, Options *options) {
     verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
-    verb->add_option("--groups", options->groups, "whose names cell groups have, not those of *ELEMENT")
+    verb->add_option("--groups", options->groups, "cell groups of sections, of sets")
         ->check(CLI::IsMember({"sections", "sets"}));
     verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
         ->check(CLI::IsMember({"smallest", "first", "split"}));
@@ -311,9 +321,10 @@ int Run(int argc, char **argv) {
     }
     options.flat.options = FlatOptions(options);
     if (flat->parsed() || run->parsed()) {
-        options.failOn = flat->count("--fail-on") + run->count("--fail-on") > 0 ? options.failOn : "error";
+        options.failOn = options.failOn.empty() ? "error" : options.failOn;
         return flat->parsed() ? Flatten(options) : RunAll(options);
     }
+    options.failOn = options.failOn.empty() ? "warning" : options.failOn;
     return check->parsed() ? Check(options) : Explain(options);
 }
 

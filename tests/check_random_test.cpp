@@ -26,6 +26,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <map>
 #include <numeric>
 #include <set>
@@ -492,10 +493,8 @@ void Show(const Case &deck) {
     }
 }
 
-} // namespace
-
-int main(int argc, char **argv) {
-    std::uint64_t count = 300, seed = 1;
+int CheckDecks(int argc, char **argv) {
+    std::uint64_t count = 600, seed = 1;
     bool show = false, showReport = false;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
@@ -526,4 +525,15 @@ int main(int argc, char **argv) {
     // Decks that show nothing would prove nothing.
     const bool varied = count < 100 || (tally.nErrors > 20 && tally.nClean > 20);
     return tally.nFailed == 0 && varied ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    try {
+        return CheckDecks(argc, argv);
+    } catch (const std::exception &problem) {
+        std::fprintf(stderr, "%s\n", problem.what());
+        return 1;
+    }
 }

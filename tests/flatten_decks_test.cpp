@@ -124,13 +124,15 @@ TEST(Flatten, InstancesAreNumberedBehindOneAnother) {
     const Outcome flat = Flat(kPart + kTwice + "*End Assembly\n", {{}, true, false});
     EXPECT_TRUE(flat.made);
     EXPECT_TRUE(flat.findings.empty()) << flat;
-    EXPECT_EQ(flat.Section("*Node"), "*Node\n1, 0, 0\n2, 1, 0\n3, 1, 1\n4, 0, 1\n5, 5, 0\n6, 6, 0\n7, 6, 1\n8, 5, 1\n");
+    EXPECT_EQ(flat.Section("*Node"),
+              "*Node\n1, 0, 0\n2, 1, 0\n3, 1, 1\n4, 0, 1\n11, 5, 0\n12, 6, 0\n13, 6, 1\n14, 5, 1\n");
     EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=I.PLATE"),
               "*Element, type=CPS3, elset=I.PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n");
-    EXPECT_NE(flat.text.find("*Element, type=CPS3, elset=J.PLATE\n5, 5, 6, 7\n6, 5, 7, 8\n"), std::string::npos);
+    EXPECT_NE(flat.text.find("*Element, type=CPS3, elset=J.PLATE\n11, 11, 12, 13\n12, 11, 13, 14\n"),
+              std::string::npos);
     EXPECT_EQ(flat.map, "kind\tinstance\told\tnew\n"
-                        "node\tJ\t1\t5\nnode\tJ\t2\t6\nnode\tJ\t3\t7\nnode\tJ\t4\t8\n"
-                        "element\tJ\t1\t5\nelement\tJ\t2\t6\n"
+                        "node\tJ\t1\t11\nnode\tJ\t2\t12\nnode\tJ\t3\t13\nnode\tJ\t4\t14\n"
+                        "element\tJ\t1\t11\nelement\tJ\t2\t12\n"
                         "elset\tI\tPLATE\tI.PLATE\nelset\tJ\tPLATE\tJ.PLATE\n");
 }
 
@@ -138,8 +140,8 @@ TEST(Flatten, LargeNumbersGetRoundOffsets) {
     std::string part = kPart;
     part.insert(part.find("*Element"), "1234, 9., 9.\n");
     const Outcome flat = Flat(part + kTwice + "*End Assembly\n");
-    EXPECT_NE(flat.text.find("\n2001, 5, 0\n"), std::string::npos) << flat;
-    EXPECT_NE(flat.text.find("\n2001, 2001, 2002, 2003\n"), std::string::npos);
+    EXPECT_NE(flat.text.find("\n10001, 5, 0\n"), std::string::npos) << flat;
+    EXPECT_NE(flat.text.find("\n10001, 10001, 10002, 10003\n"), std::string::npos);
 }
 
 TEST(Flatten, SetsOfInstancesHaveTheirName) {
@@ -147,10 +149,10 @@ TEST(Flatten, SetsOfInstancesHaveTheirName) {
     const std::string set = "*Nset, nset=Left, instance=J\n2\n*End Assembly\n";
     const Outcome flat = Flat(part + kTwice + set);
     EXPECT_EQ(flat.Section("*Nset, nset=I.LEFT"), "*Nset, nset=I.LEFT\n1, 4\n") << flat;
-    EXPECT_EQ(flat.Section("*Nset, nset=C_J.GLUE"), "*Nset, nset=C_J.GLUE\n6\n");
+    EXPECT_EQ(flat.Section("*Nset, nset=C_J.GLUE"), "*Nset, nset=C_J.GLUE\n12\n");
     EXPECT_EQ(flat.Section("*Nset, nset=LEFT"), "*Nset, nset=LEFT\n"); // as large, and behind it
     EXPECT_EQ(flat.Section("*Nset, nset=C_I.GLUE"), "*Nset, nset=C_I.GLUE\n2\n");
-    EXPECT_EQ(flat.Section("*Nset, nset=J.LEFT"), "*Nset, nset=J.LEFT\n5, 8\n");
+    EXPECT_EQ(flat.Section("*Nset, nset=J.LEFT"), "*Nset, nset=J.LEFT\n11, 14\n");
 }
 
 TEST(Flatten, NamesThatTheTranslatorWouldChangeAreReplaced) {
@@ -161,7 +163,7 @@ TEST(Flatten, NamesThatTheTranslatorWouldChangeAreReplaced) {
     EXPECT_TRUE(flat.made) << flat;
     EXPECT_EQ(flat.Section("*Nset, nset=LEFT_SIDE"), "*Nset, nset=LEFT_SIDE\n1\n");
     EXPECT_EQ(flat.Section("*Nset, nset=OLD_INST-ANCE"), "*Nset, nset=OLD_INST-ANCE\n4\n");
-    EXPECT_EQ(flat.Section("*Nset, nset=L__NGS"), "*Nset, nset=L__NGS\n2\n");
+    EXPECT_EQ(flat.Section("*Nset, nset=L_NGS"), "*Nset, nset=L_NGS\n2\n");
     EXPECT_NE(flat.text.find("*Nset, nset=LEFT_SIDE~2\n3\n"), std::string::npos);
     EXPECT_NE(flat.map.find("nset\t\tleft side\tLEFT_SIDE\n"), std::string::npos);
     EXPECT_TRUE(flat.Has("11 name-replaced: the name OLD_INSTANCE is OLD_INST-ANCE in the plain deck"));
@@ -179,7 +181,7 @@ TEST(Groups, ComeFromElementLines) {
               "*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n");
     EXPECT_EQ(flat.findings,
               std::vector<std::string>{"14 divided-group: group PLATE has several sections: its elements "
-                                       "differ in material"});
+                                       "differ in material (flatten --groups=sections parts them)"});
 }
 
 TEST(Groups, ComeFromTheLastSectionWhenAskedFor) {
@@ -200,6 +202,30 @@ TEST(Groups, WithoutAnythingAreAll) {
     const Outcome flat = Flat(kSquare + "*Element, type=CPS3\n1, 1, 2, 3\n2, 1, 3, 4\n");
     EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=ALL"),
               "*Element, type=CPS3, elset=ALL\n1, 1, 2, 3\n2, 1, 3, 4\n");
+}
+
+TEST(Groups, OfAnInstanceAreNotCutLooseByItsName) {
+    std::string deck =
+        kPart + "*End Part\n*Assembly, name=A\n*Instance, name=C_1, part=P\n*End Instance\n*End Assembly\n";
+    deck.replace(deck.find(", elset=Plate"), 13, "");
+    const Outcome flat = Flat(deck);
+    EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=_C_1"),
+              "*Element, type=CPS3, elset=_C_1\n1, 1, 2, 3\n2, 1, 3, 4\n")
+        << flat;
+}
+
+TEST(Groups, OfBothOrdersAreTwo) {
+    const Outcome flat =
+        Flat(kPlate + "*Node\n5, 2., 0.\n6, 1.5, 0.\n7, 1.5, 0.5\n8, 1., 0.5\n*Element, type=CPS6, elset=Plate\n"
+                      "3, 2, 5, 3, 6, 7, 8\n",
+             {{}, true, false});
+    EXPECT_TRUE(
+        flat.Has("15 mixed-orders: group PLATE has elements of first and of second order: one kind is group PLATE~2"))
+        << flat;
+    EXPECT_EQ(flat.Section("*Element, type=CPS6, elset=PLATE~2"),
+              "*Element, type=CPS6, elset=PLATE~2\n3, 2, 5, 3, 6, 7, 8\n");
+    EXPECT_EQ(flat.Section("*Elset, elset=PLATE"), "*Elset, elset=PLATE\n1, 2, 3\n");
+    EXPECT_EQ(flat.map, "kind\tinstance\told\tnew\ngroup\t\tPLATE\tPLATE~2\n");
 }
 
 // Overlaps -------------------------------------------------------------------------------------------------
@@ -317,6 +343,25 @@ TEST(Splitting, PutsANodeIntoTheMiddleOfASecondOrderDiagonal) {
     EXPECT_EQ(flat.Section("*Element, type=CPS6, elset=A"),
               "*Element, type=CPS6, elset=A\n1, 1, 2, 3, 5, 6, 9\n2, 1, 3, 4, 9, 7, 8\n");
     EXPECT_NE(flat.text.find("nset=ALL\n1, 2, 3, 4, 5, 6, 7, 8, 9\n"), std::string::npos);
+}
+
+// Six diagonals of faces and one through the body, numbered by their ends: 1-3, 1-6, 1-7, 1-8, 2-7, 3-8, 5-7. One edge
+// is bent: the middle node of 1-2 lies at y = -0.5, which moves the middles of both its faces by half and that of the
+// body by a quarter as much.
+TEST(Splitting, PutsNodesIntoTheMiddleOfFacesAndOfTheBody) {
+    std::string deck = kCube.substr(0, kCube.find("*Element"));
+    deck += "9, 0.5, -0.5, 0.\n10, 1., 0.5, 0.\n11, 0.5, 1., 0.\n12, 0., 0.5, 0.\n13, 0.5, 0., 1.\n14, 1., 0.5, 1.\n"
+            "15, 0.5, 1., 1.\n16, 0., 0.5, 1.\n17, 0., 0., 0.5\n18, 1., 0., 0.5\n19, 1., 1., 0.5\n20, 0., 1., 0.5\n"
+            "*Element, type=C3D20R, elset=Body\n1, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,\n16, 17, 18, 19, "
+            "20\n";
+    const Outcome flat = Flat(deck);
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_NE(flat.text.find("\n21, 0.5, 0.25, 0\n22, 0.5, -0.25, 0.5\n23, 0.5, 0.375, 0.5\n24, 0, 0.5, 0.5\n"
+                             "25, 1, 0.5, 0.5\n26, 0.5, 1, 0.5\n27, 0.5, 0.5, 1\n*Element, type=C3D10, elset=BODY\n"),
+              std::string::npos)
+        << flat;
+    // The first piece is 5, 8, 7, 1: edges 5-8, 8-7, 7-5, 5-1, 8-1, 7-1.
+    EXPECT_NE(flat.text.find("\n1, 5, 8, 7, 1, 16, 15, 27, 17, 24, 23\n"), std::string::npos) << flat;
 }
 
 TEST(Splitting, FailsOnBentElementsAndCountsWhatAnotherDiagonalSaves) {

@@ -5,6 +5,7 @@
 // Deck number i, counted from S, is by turns of a CAE program's kind, plain, mild or wild.
 //
 // - The plain deck is checked and has no error of its own.
+// - A plain deck made plain again is the same text.
 // - A deck without errors and warnings gives the same mesh.input, to the byte, as its plain deck.
 // - Coordinates are the same doubles. Volume or area of the whole, of groups and of element sets, the area (length) of
 //   surfaces and the nodes of node sets are those of the deck, where sets are divided so that none loses anything.
@@ -310,6 +311,10 @@ Complaints Check(std::uint64_t seed, bool showReport, Tally *tally) {
         return complaints + (report.errors + report.warnings == 0 ? "a clean deck is not made plain\n" : "");
     }
     ++tally->nMade;
+    if (!kivodeck::MakeFlat({"flat.inp", "again.inp", "", {}, false}).made ||
+        fake::GetFile("flat.inp") != fake::GetFile("again.inp")) {
+        complaints += "the plain deck is not the same when it is made plain again\n";
+    }
     deck::Deck before = deck::ReadDeck("deck.inp");
     const Mesh wanted = Assemble(before);
     deck::Deck after = deck::ReadDeck("flat.inp");

@@ -429,7 +429,8 @@ class Builder {
     // All numbers from the first to the last as a set, and the step to a second such row of them.
     std::string SetOfAll(Part *part, int kind, int *step) {
         const Ints numbers = part->Numbers(kind);
-        const std::string name = Name(), keyword = kind == kNodes ? "NSET" : "ELSET";
+        const std::string keyword = kind == kNodes ? "NSET" : "ELSET";
+        std::string name = Name();
         Add(part, {keyword, keyword + "=" + Quoted(name), "GENERATE"});
         AddRow(part, {Whole(numbers.front()), Whole(numbers.back())});
         for (const int number : numbers) {
@@ -926,7 +927,7 @@ class Speller {
     }
 
     std::string PutFile(const std::string &text) {
-        const std::string name =
+        std::string name =
             (dice_.Chance(0.5) ? "sub/" : "") + std::string("f") + std::to_string(deck_.files.size()) + ".inp";
         deck_.files[name] = text;
         return name;
@@ -944,7 +945,7 @@ class Speller {
     }
 
     std::string Field(const std::string &field, bool isKeyword, bool isFirst) {
-        const std::string text = field.substr(field[0] == '#' || field[0] == '~' ? 1 : 0);
+        std::string text = field.substr(field[0] == '#' || field[0] == '~' ? 1 : 0);
         if (field[0] == '#') {
             return dice_.Chance(odd_ * 0.1) ? text + dice_.Of({".", ".0"}) : text;
         }
