@@ -9,8 +9,8 @@ The floor of a run is `cat deck >/dev/null` plus `cp` of the files that the run 
 processor time of the whole process, user and system together. All runs are made in turn on a memory file system,
 and a figure is the median over the turns. Before anything is timed mesh.input is checked (by meshcheck, which lies
 beside the deck maker), with --plain all files and the log to the byte against a plain build's; no ratio is printed
-when one is wrong. With --kivodeck `kivodeck check` runs in turn with the translator, on the same decks and on one as
-CAE programs write it; what it says the decks mean, and the translator holds, is checked first.
+when one is wrong. With --kivodeck `kivodeck check` and `kivodeck flatten` run in turn with the translator, on the same
+decks and on one as CAE programs write it; what they say the decks mean, and the translator holds, is checked first.
 
 Programs are those of build/ where nothing else is said. --quick makes small decks and one turn: it tries the command,
 its figures say nothing. Exit status: 0 when every output is right (with --strict: and every target is met), else 1."""
@@ -53,8 +53,7 @@ QUICK_MANY = ((200, 1.3), (2000, 2.0))
 SHUFFLED_LIMIT = 1.5
 SPARSE_LIMIT = 1.3
 MEMORY_LIMIT = 1.4
-CHECK_TIME_LIMIT = 1.5  # of the translator's run without --vtk
-CHECK_MEMORY_LIMIT = 3.0
+VERBS = {"check": (1.5, 3.0), "flatten": (3.0, 4.0)}  # time and memory, of the translator's run without --vtk
 MESHIO_TIMES = 6.0
 
 MESHIO_SCRIPT = """import sys, meshio
@@ -151,7 +150,7 @@ class Deck:
                         re.findall(r"^(\w+)=(\d+)$", read_text(self.summary_path), re.M)}
         self.output = {}  # files and bytes written, with and without --vtk
         self.read_ns = []
-        self.checks = collections.defaultdict(list)  # usages by "run" (of the translator) or "check"
+        self.checks = collections.defaultdict(list)  # usages by "run" (of the translator) or verb
         self.taken = collections.defaultdict(list)  # usages by (has_vtk, "run" or "floor")
 
     def name(self, has_vtk):
@@ -206,20 +205,25 @@ class Deck:
             shutil.rmtree(self.out(has_vtk, "plain"))
         self.output[has_vtk] = folder_bytes(out)
 
-    def check_meaning(self):
-        """What the deck means and what the translator holds are what it was made to hold."""
-        print(f"checking the check of {self.title}", file=sys.stderr)
-        log = os.path.join(self.folder, "report")
-        status = run([self.options.kivodeck, "check", "--format=json", self.path], self.folder, log).status
-        report = json.loads(read_text(log))
-        for side in ("meaning", "reading"):
-            if status not in (0, 1) or any(report[side][key] != self.summary[key] for key in ("nodes", "elements")):
-                raise Wrong(f"{self.title}: {side} is not what the deck holds")
+    def verb(self, verb, *options):
+        plain = ["-o", os.path.join(self.folder, "plain.inp"), "--force"] if verb == "flatten" else []
+        return [self.options.kivodeck, verb, *options, self.path, *plain]
 
-    def run_check(self):
-        usage = run([self.options.kivodeck, "check", self.path], self.folder)
-        if usage.status not in (0, 1):
-            raise Wrong(f"{self.title}: check ended with status {usage.status}")
+    def check_meaning(self):
+        """What the deck means, what the translator holds of it and of the plain deck is what it was made to hold."""
+        print(f"checking the second program on {self.title}", file=sys.stderr)
+        log = os.path.join(self.folder, "report")
+        for verb in VERBS:
+            status = run(self.verb(verb, "--format=json"), self.folder, log).status
+            report = json.loads(read_text(log))
+            for side in ("meaning", "reading"):
+                if status not in (0, 1) or any(report[side][key] != self.summary[key] for key in ("nodes", "elements")):
+                    raise Wrong(f"{self.title}: {side} of {verb} is not what the deck holds")
+
+    def run_verb(self, verb):
+        usage = run(self.verb(verb), self.folder)
+        if usage.status not in ((0, 1) if verb == "check" else (0,)):
+            raise Wrong(f"{self.title}: {verb} ended with status {usage.status}")
         return usage
 
     def time(self, has_vtk, kind="run"):
@@ -354,20 +358,22 @@ class Bench:
 
     def take_checks(self, checked, is_counted):
         for deck in checked:
-            usages = {"run": deck.translate(False), "check": deck.run_check()}
+            usages = {"run": deck.translate(False), **{verb: deck.run_verb(verb) for verb in VERBS}}
             shutil.rmtree(deck.out(False))
             for job, usage in usages.items() if is_counted else ():
                 deck.checks[job].append(usage)
 
     def report_check(self, deck):
-        seconds, kilobytes = [], []
+        seconds, kilobytes = {}, {}
         for job, usages in deck.checks.items():
-            self.add_job(f"{deck.title}: {job} beside {'check' if job == 'run' else 'run'}", usages)
-            seconds.append(statistics.median(usage.seconds for usage in usages))
-            kilobytes.append(max(usage.kilobytes for usage in usages))
-        self.add_ratio(f"{deck.title}: check, times the translator's run", seconds[1] / seconds[0], CHECK_TIME_LIMIT)
-        self.add_ratio(f"{deck.title}: peak of check, times the translator's", kilobytes[1] / kilobytes[0],
-                       CHECK_MEMORY_LIMIT)
+            self.add_job(f"{deck.title}: {job} beside {'check and flatten' if job == 'run' else 'run'}", usages)
+            seconds[job] = statistics.median(usage.seconds for usage in usages)
+            kilobytes[job] = max(usage.kilobytes for usage in usages)
+        for verb, (time_limit, memory_limit) in VERBS.items():
+            self.add_ratio(f"{deck.title}: {verb}, times the translator's run", seconds[verb] / seconds["run"],
+                           time_limit)
+            self.add_ratio(f"{deck.title}: peak of {verb}, times the translator's",
+                           kilobytes[verb] / kilobytes["run"], memory_limit)
 
     def report(self, kind, decks, limits, peers):
         for deck in decks.values():
@@ -498,7 +504,7 @@ def read_options():
     parser.add_argument("--program", default=os.path.join(BUILD, "KIVOm"), help="the translator")
     parser.add_argument("--maker", default=os.path.join(BUILD, "bench", "makedeck"), help="the deck maker")
     parser.add_argument("--plain", help="a plain build of the translator whose files must be the same")
-    parser.add_argument("--kivodeck", help="the second program, whose check is measured beside the translator")
+    parser.add_argument("--kivodeck", help="the second program, measured beside the translator")
     parser.add_argument("--folder", default="/dev/shm", help="where to work, a memory file system (default /dev/shm)")
     parser.add_argument("--repetitions", type=int, default=7, help="turns (default 7)")
     parser.add_argument("--types", default="C3D4,C3D10")

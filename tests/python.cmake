@@ -6,7 +6,15 @@ function(kivom_python_test name script)
 endfunction()
 
 # Real decks.
-kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> ${CMAKE_SOURCE_DIR}/examples)
+if(TARGET kivodeck)
+  set(kivodeck --kivodeck $<TARGET_FILE:kivodeck>)
+endif()
+kivom_python_test(decks tests/decks/run_decks.py --program $<TARGET_FILE:KIVOm> ${kivodeck} ${CMAKE_SOURCE_DIR}/examples)
+
+# What other programs find in plain decks.
+if(TARGET kivodeck)
+  kivom_python_test(second_opinions tests/decks/second_opinions.py ${kivodeck})
+endif()
 
 # Files read back with the VTK library and with meshio.
 kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
@@ -23,9 +31,6 @@ if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
   kivom_python_test(vtk_runs_themselves tests/vtk/test_run_vtk_checks.py)
   if(KIVOM_BENCHMARKS)
     set(plain --plain $<TARGET_FILE:KIVOm_plain>)
-  endif()
-  if(TARGET kivodeck)
-    set(kivodeck --kivodeck $<TARGET_FILE:kivodeck>)
   endif()
   kivom_python_test(benchmark bench/compare.py --quick --no-peers --program $<TARGET_FILE:KIVOm>
                     --maker $<TARGET_FILE:makedeck> ${plain} ${kivodeck})

@@ -1,13 +1,16 @@
 #!/usr/bin/python3
 """Runs the program over folders of decks, real exporters' for instance, and checks that the outcome is plausible.
 
-    run_decks.py --program PATH FOLDER...
+    run_decks.py --program PATH [--kivodeck PATH] FOLDER...
 
 Each run must end with status 0 and write nothing to standard error (where a sanitizer would report). The element
 count of the summary must be that of the deck's rows of supported types, counted here in a second, simple way, and
-mesh.input must be readable and agree with it. A folder without decks is a failure.
+mesh.input must be readable and agree with it. With --kivodeck each deck is made plain besides: where that ends with
+status 0 the plain deck has no error, the translator and `kivodeck run` make the same mesh.input of it, to the byte, and
+it holds the numbers that the plain deck is said to have. How many decks come through whole is told, before (the deck
+itself is without error) and after. A folder without decks is a failure.
 """
-import argparse, os, re, subprocess, sys, tempfile
+import argparse, filecmp, json, os, re, subprocess, sys, tempfile
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
 import kivomesh
@@ -57,9 +60,45 @@ def check(program, deck):
     return None
 
 
+def report(kivodeck, work, *arguments):
+    """Exit status and report of one command; only 0 and 1 are expected."""
+    run = subprocess.run([kivodeck, *arguments, "--format=json"], cwd=work, capture_output=True, timeout=120)
+    if run.returncode not in (0, 1) or arguments[0] != "run" and run.stderr:
+        raise ValueError("%s: status %d, standard error: %s" % (arguments[0], run.returncode, run.stderr[:400]))
+    return run.returncode, json.loads(run.stdout)
+
+
+def check_plain(program, kivodeck, deck):
+    """Whether the deck comes through whole, before and after; a ValueError says what is wrong."""
+    with tempfile.TemporaryDirectory() as work:
+        before = report(kivodeck, work, "check", deck)[1]["verdict"]["errors"] == 0
+        status, flat = report(kivodeck, work, "flatten", deck, "-o", "plain.inp")
+        if (status == 0) != os.path.exists(os.path.join(work, "plain.inp")):
+            raise ValueError("flatten: status %d, and the plain deck is %sthere" % (status, "not " * (status == 0)))
+        run, mesh_path = report(kivodeck, work, "run", deck)[0], os.path.join(work, "mesh.input")
+        if run != status or os.path.exists(mesh_path) != (status == 0):
+            raise ValueError("run: status %d, that of flatten is %d" % (run, status))
+        if status == 1:
+            return before, False
+        if report(kivodeck, work, "check", "plain.inp")[1]["verdict"]["errors"]:
+            raise ValueError("the plain deck has errors")
+        os.rename(mesh_path, mesh_path + ".run")
+        subprocess.run([program, "plain.inp"], cwd=work, stdout=subprocess.DEVNULL, check=True, timeout=120)
+        if not filecmp.cmp(mesh_path, mesh_path + ".run", shallow=False):
+            raise ValueError("run makes another mesh.input than the translator of the plain deck")
+        mesh, meaning = kivomesh.read(mesh_path), flat["meaning"]
+        for what, found in (("node_sets", mesh.node_groups), ("surfaces", mesh.face_groups),
+                            ("cell_groups", mesh.cell_groups), ("elements", mesh.cells)):
+            expected = meaning[what] if what == "elements" else len(meaning[what])
+            if len(found) != expected:
+                raise ValueError("%d %s expected, mesh.input has %d" % (expected, what, len(found)))
+    return before, True
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True, type=os.path.abspath)
+    parser.add_argument("--kivodeck", type=os.path.abspath)
     parser.add_argument("folders", nargs="+", metavar="FOLDER", type=os.path.abspath)
     given = parser.parse_args()
     bad = 0
@@ -67,10 +106,18 @@ def main():
         decks = sorted(name for name in os.listdir(folder) if name.endswith(".inp"))
         bad += not decks
         print("%s: %d decks" % (folder, len(decks)))
+        whole = []
         for name in decks:
-            wrong = check(given.program, os.path.join(folder, name))
+            deck = os.path.join(folder, name)
+            wrong = check(given.program, deck)
+            try:
+                whole += [check_plain(given.program, given.kivodeck, deck)] if given.kivodeck and not wrong else []
+            except ValueError as error:
+                wrong = str(error)
             bad += wrong is not None
             print("%-6s %s%s" % ("failed" if wrong else "passed", name, ": " + wrong if wrong else ""))
+        if whole:
+            print("whole: %d before, %d after" % tuple(map(sum, zip(*whole))))
     return 1 if bad else 0
 
 
