@@ -20,7 +20,7 @@ struct Measured {
     double longestSquare = 0;
     double characteristic = kNoMinimum;
     double coordinate = 0; // the largest
-    bool unknown = false;  // the translator could not measure a cell, or its coordinates are not all in the file
+    bool unknown = false;  // a cell is not sound: there is no telling what the translator measured
 };
 
 template <std::size_t kCorners> void MeasureCell(const Work &work, std::size_t cell, Measured *measured) {
@@ -44,10 +44,9 @@ template <std::size_t kCorners> void MeasureCell(const Work &work, std::size_t c
 
 void MeasureAny(const Work &work, std::size_t cell, Measured *measured) {
     const Shape *shape = ShapeOf(work.mesh.cells.types[cell]);
-    if (shape == nullptr || shape->dimension > work.mesh.dimension) {
+    if (shape == nullptr || shape->dimension != work.mesh.dimension ||
+        work.mesh.cells.rows.Width(cell) != static_cast<std::size_t>(shape->nNodes)) {
         measured->unknown = true;
-    } else if (work.mesh.cells.rows.Width(cell) <= static_cast<std::size_t>(shape->corners[shape->dimension])) {
-        return; // without all corners, again
     } else if (shape->dimension == 2) {
         MeasureCell<3>(work, cell, measured);
     } else {

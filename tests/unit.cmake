@@ -28,6 +28,9 @@ kivom_test(meshfile_test LINK kivom_meshfile kivom_system)
 target_sources(meshfile_test PRIVATE support/printmesh.cpp)
 target_compile_definitions(meshfile_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases")
 
+# What judges the mesh file.
+kivom_test(audit_test LINK kivom_audit kivom_fakesystem)
+
 kivom_test(account_findings_test LINK kivom_account kivom_deck kivom_core kivom_system)
 target_compile_definitions(account_findings_test PRIVATE
   KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
