@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 namespace audit {
 
@@ -103,68 +104,93 @@ bool AreClose(Point a, Point b, double tolerance) {
     return std::fabs(a.x - b.x) <= tolerance && std::fabs(a.y - b.y) <= tolerance && std::fabs(a.z - b.z) <= tolerance;
 }
 
+// Whether a node has one, as bits.
 enum Partner : unsigned char { kOfItsRegion = 1, kOfAnother = 2 };
 
-// The nodes of one box, by region and x: a node that has a partner in its region finds it among its next ones; what
-// is left of a region lies apart, and partners in other regions are sought by x alone.
-void LookThrough(const Work &work, double tolerance, std::vector<int> *box, std::vector<unsigned char> *partners) {
-    const auto find = [&](bool sameRegion) {
-        for (std::size_t i = 0; i < box->size(); ++i) {
-            const auto a = static_cast<std::size_t>((*box)[i]);
-            const Point p = work.At((*box)[i]);
-            for (std::size_t j = i + 1; j < box->size(); ++j) {
-                const auto b = static_cast<std::size_t>((*box)[j]);
-                const Point q = work.At((*box)[j]);
-                const bool same = work.regions[a] == work.regions[b];
-                if ((sameRegion && !same) || q.x - p.x > tolerance) {
-                    break;
-                }
-                if (same == sameRegion && AreClose(p, q, tolerance)) {
-                    (*partners)[a] |= sameRegion ? kOfItsRegion : kOfAnother;
-                    (*partners)[b] |= sameRegion ? kOfItsRegion : kOfAnother;
-                    break;
-                }
-            }
-        }
-    };
-    const auto byX = [&work](int a, int b) { return work.At(a).x < work.At(b).x; };
-    std::stable_sort(box->begin(), box->end(), byX);
-    std::stable_sort(box->begin(), box->end(), [&work](int a, int b) {
-        return work.regions[static_cast<std::size_t>(a)] < work.regions[static_cast<std::size_t>(b)];
-    });
-    find(true);
-    box->erase(std::remove_if(box->begin(), box->end(),
-                              [&](int n) { return ((*partners)[static_cast<std::size_t>(n)] & kOfItsRegion) != 0; }),
-               box->end());
-    std::stable_sort(box->begin(), box->end(), byX);
-    find(false);
+// The search through one box, whose nodes stand in the order of x, where that is asked for region by region.
+struct Search {
+    const Work &work;
+    double tolerance;
+    std::vector<int> box;
+    std::vector<unsigned char> partners; // of all nodes
+};
+
+int RegionOf(const Search &search, int node) {
+    return search.work.regions[static_cast<std::size_t>(node)];
 }
 
-std::vector<unsigned char> FindPartners(const Work &work) {
+// Looks from the place on, forwards (1) or backwards (-1), for a partner; marks both when there is one.
+bool FindPartner(Search *search, std::ptrdiff_t place, std::ptrdiff_t step, Partner kind) {
+    const int a = search->box[static_cast<std::size_t>(place)];
+    const Point p = search->work.At(a);
+    const auto end = static_cast<std::ptrdiff_t>(search->box.size());
+    for (std::ptrdiff_t at = place + step; at >= 0 && at < end; at += step) {
+        const int b = search->box[static_cast<std::size_t>(at)];
+        const Point q = search->work.At(b);
+        const bool same = RegionOf(*search, a) == RegionOf(*search, b);
+        if ((kind == kOfItsRegion && !same) || std::fabs(q.x - p.x) > search->tolerance) {
+            return false;
+        }
+        if (same == (kind == kOfItsRegion) && AreClose(p, q, search->tolerance)) {
+            search->partners[static_cast<std::size_t>(a)] |= kind;
+            search->partners[static_cast<std::size_t>(b)] |= kind;
+            return true;
+        }
+    }
+    return false;
+}
+
+void FindPartners(Search *search, Partner kind) {
+    for (std::size_t i = 0; i < search->box.size(); ++i) {
+        const auto place = static_cast<std::ptrdiff_t>(i);
+        if ((search->partners[static_cast<std::size_t>(search->box[i])] & kind) == 0 &&
+            !FindPartner(search, place, 1, kind)) {
+            FindPartner(search, place, -1, kind);
+        }
+    }
+}
+
+// Partners in a node's own region first. Nodes that have one are left out then: what is left of a region lies apart,
+// and however many nodes are at one place, each meets one of another region at once.
+void LookThrough(Search *search) {
+    std::vector<int> &box = search->box;
+    const auto byX = [search](int a, int b) { return search->work.At(a).x < search->work.At(b).x; };
+    const auto byRegion = [search](int a, int b) { return RegionOf(*search, a) < RegionOf(*search, b); };
+    const auto hasPartner = [search](int n) {
+        return (search->partners[static_cast<std::size_t>(n)] & kOfItsRegion) != 0;
+    };
+    std::stable_sort(box.begin(), box.end(), byX);
+    std::stable_sort(box.begin(), box.end(), byRegion);
+    FindPartners(search, kOfItsRegion);
+    box.erase(std::remove_if(box.begin(), box.end(), hasPartner), box.end());
+    std::stable_sort(box.begin(), box.end(), byX);
+    FindPartners(search, kOfAnother);
+}
+
+std::vector<unsigned char> PartnersOf(const Work &work) {
     const Grid grid = GridOf(work);
     const std::vector<Entry> entries = SortedEntries(work, grid);
-    std::vector<unsigned char> partners(work.nodes.size(), 0);
-    std::vector<int> box;
+    Search search{work, grid.tolerance, {}, std::vector<unsigned char>(work.nodes.size(), 0)};
     for (std::size_t at = 0; at < entries.size();) {
         const std::size_t begin = at;
         while (at < entries.size() && entries[at].box == entries[begin].box) {
             ++at;
         }
         if (at - begin > 1) {
-            box.clear();
+            search.box.clear();
             for (std::size_t i = begin; i < at; ++i) {
-                box.push_back(entries[i].node);
+                search.box.push_back(entries[i].node);
             }
-            LookThrough(work, grid.tolerance, &box, &partners);
+            LookThrough(&search);
         }
     }
-    return partners;
+    return std::move(search.partners);
 }
 
 } // namespace
 
 void CheckCoincidentNodes(Work *work) {
-    const std::vector<unsigned char> partners = FindPartners(*work);
+    const std::vector<unsigned char> partners = PartnersOf(*work);
     for (std::size_t node = 0; node < partners.size(); ++node) {
         if ((partners[node] & kOfItsRegion) != 0) {
             work->Found(Check::coincidentNodes, Subject::node, node);

@@ -60,7 +60,7 @@ const CheckKind kCheckKinds[kChecks] = {
  "Look for the node in the deck: a coordinate there is beyond the range of doubles, or the word inf or nan."},
 };
 
-// The acceptable ranges are those of the report, angles and aspect gamma of tetrahedra included.
+// The acceptable ranges are those of the report; it has none for the largest angle between faces.
 const MeasureKind kMeasureKinds[kMeasures] = {
 {Measure::radiusRatio, "radius_ratio",
  "triangle: R / (2 r) = a b c (a + b + c) / (16 A^2)\ntetrahedron: R / (3 r) = |a^2 (b x c) + b^2 (c x a) + c^2 (a x b)| S / (108 V^2)",
@@ -76,8 +76,8 @@ const MeasureKind kMeasureKinds[kMeasures] = {
  {{30, 60}, {40, 70.53}}},
 {Measure::maxAngle, "max_angle",
  "triangle: largest of arccos(u . v / (|u| |v|)) over its corners\ntetrahedron: largest of arccos(-(n . m) / (|n| |m|)) over its edges",
- "The largest angle in degrees, taken like the smallest.",
- {{60, 90}, {70.53, 120}}},
+ "The largest angle in degrees, taken like the smallest. The report has no range of it for tetrahedra: theirs is this program's own.",
+ {{60, 90}, {70.52, 120}}},
 {Measure::scaledJacobian, "scaled_jacobian",
  "triangle: (2 / sqrt(3)) 2 A / (largest product of two sides)\ntetrahedron: sqrt(2) 6 V / (largest product of the edges at a corner)",
  "Area or volume over the product of the longest edges that meet, 1 for the regular shape and near 0 for a flat one; below 0 for a tetrahedron that is turned. A: area, V: volume.",

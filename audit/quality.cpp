@@ -10,6 +10,7 @@ namespace audit {
 
 namespace {
 
+constexpr double kRounding = 1e-9;                 // of limits: a regular shape may miss its 1 by some digits
 constexpr double kDegrees = 57.295779513082320877; // of one radian
 
 double &At(Values *values, Measure measure) {
@@ -134,9 +135,11 @@ Values QualityOf(const Point (&p)[4]) {
 Histogram HistogramOf(const std::vector<double> &values, Range limits) {
     Histogram histogram;
     histogram.limits = limits;
+    const double low = limits.least - kRounding * std::fabs(limits.least);
+    const double high = limits.most + kRounding * std::fabs(limits.most);
     double sum = 0;
     for (const double value : values) {
-        histogram.outside += value >= limits.least && value <= limits.most ? 0 : 1;
+        histogram.outside += value >= low && value <= high ? 0 : 1;
         if (!std::isfinite(value)) {
             ++histogram.undefined;
             continue;
@@ -151,14 +154,14 @@ Histogram HistogramOf(const std::vector<double> &values, Range limits) {
     }
     histogram.mean = sum / static_cast<double>(histogram.values);
     const bool allSame = histogram.min == histogram.max;
-    const double low = allSame ? histogram.min - 0.5 : histogram.min;
-    const double high = allSame ? histogram.max + 0.5 : histogram.max;
+    const double first = allSame ? histogram.min - 0.5 : histogram.min;
+    const double last = allSame ? histogram.max + 0.5 : histogram.max;
     for (int i = 0; i <= kBins; ++i) {
-        histogram.edges[static_cast<std::size_t>(i)] = i == kBins ? high : low + i * ((high - low) / kBins);
+        histogram.edges[static_cast<std::size_t>(i)] = i == kBins ? last : first + i * ((last - first) / kBins);
     }
     for (const double value : values) {
         if (std::isfinite(value)) {
-            int bin = std::clamp(static_cast<int>((value - low) / (high - low) * kBins), 0, kBins - 1);
+            int bin = std::clamp(static_cast<int>((value - first) / (last - first) * kBins), 0, kBins - 1);
             // Rounding may have put it one bin off its edges.
             bin -= bin > 0 && value < histogram.edges[static_cast<std::size_t>(bin)] ? 1 : 0;
             bin += bin < kBins - 1 && value >= histogram.edges[static_cast<std::size_t>(bin) + 1] ? 1 : 0;

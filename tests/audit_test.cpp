@@ -4,6 +4,7 @@
 // file: it is read, changed, written and read again.
 #include "audit/audit.h"
 #include "meshfile/meshfile.h"
+#include "tests/support/dice.h"
 #include "tests/support/fakesystem.h"
 #include "tests/support/printmesh.h"
 #include "tests/support/runs.h"
@@ -13,10 +14,16 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <set>
+
+namespace fs = std::filesystem;
 
 using audit::Check;
 using audit::Subject;
@@ -590,5 +597,282 @@ INSTANTIATE_TEST_SUITE_P(OfEveryFamily, Box, testing::Combine(testing::ValuesIn(
                          [](const auto &box) {
                              return std::string(std::get<0>(box.param).type) + (std::get<1>(box.param) ? "Cut" : "");
                          });
+
+// Small meshes ----------------------------------------------------------------------------------------
+
+// A mesh of linear cells by their corners, all of one group but those that are told to be cut loose.
+std::string SmallDeck(const std::vector<At> &points, const std::vector<Row> &cells,
+                      const std::set<std::size_t> &loose) {
+    std::string text = "*NODE\n";
+    for (std::size_t n = 0; n < points.size(); ++n) {
+        char row[120];
+        std::snprintf(row, sizeof row, "%zu, %.16g, %.16g, %.16g\n", n, points[n][0], points[n][1], points[n][2]);
+        text += row;
+    }
+    std::string rows[2];
+    for (std::size_t c = 0; c < cells.size(); ++c) {
+        std::string &group = rows[loose.count(c)];
+        group += std::to_string(c + 1);
+        for (const int node : cells[c]) {
+            group += ", " + std::to_string(node);
+        }
+        group += "\n";
+    }
+    const std::string type = cells[0].size() == 3 ? "CPS3" : "C3D4";
+    text += "*ELEMENT, TYPE=" + type + ", ELSET=PLAIN\n" + rows[0];
+    return loose.empty() ? text : text + "*ELEMENT, TYPE=" + type + ", ELSET=C_LOOSE\n" + rows[1];
+}
+
+audit::Verdict JudgeDeck(const std::vector<At> &points, const std::vector<Row> &cells,
+                         const std::set<std::size_t> &loose = {}) {
+    return JudgeFile(Translated(SmallDeck(points, cells, loose)));
+}
+
+const std::vector<At> kStar{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
+
+TEST(Boundary, FailsWhereCellsHangTogetherByANodeOrAnEdge) {
+    const std::set<Check> boundary{Check::boundary};
+    const audit::Verdict plane = JudgeDeck(kStar, {{0, 1, 2}, {0, 3, 4}});
+    EXPECT_EQ(FailedOf(plane), boundary);
+    EXPECT_TRUE(Names(plane, Check::boundary, {Subject::node, 0}));
+    EXPECT_EQ(plane.Of(Check::boundary).places.size(), 1u);
+    const audit::Verdict byNode = JudgeDeck(kStar, {{0, 1, 2, 5}, {0, 3, 4, 6}});
+    EXPECT_EQ(FailedOf(byNode), boundary);
+    EXPECT_TRUE(Names(byNode, Check::boundary, {Subject::node, 0}));
+    const audit::Verdict byEdge = JudgeDeck(kStar, {{0, 5, 1, 2}, {0, 5, 3, 4}});
+    EXPECT_EQ(FailedOf(byEdge), boundary);
+    EXPECT_EQ(byEdge.counts.regions, 1);
+}
+
+TEST(Boundary, ForgivesWhatOnlyTheCutMakes) {
+    // The cell between the two is cut loose; with it they had sides in common.
+    const audit::Verdict plane = JudgeDeck(kStar, {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}}, {1});
+    EXPECT_EQ(NamesOf(FailedOf(plane)), "");
+    EXPECT_EQ(plane.counts.regions, 2);
+    const audit::Verdict solid = JudgeDeck(kStar, {{0, 5, 1, 2}, {0, 5, 2, 3}, {0, 5, 3, 4}}, {1});
+    EXPECT_EQ(NamesOf(FailedOf(solid)), "");
+    // Elsewhere a cut forgives nothing.
+    std::vector<At> points = kStar;
+    for (const At &at : kStar) {
+        points.push_back({at[0] + 5, at[1], at[2]});
+    }
+    EXPECT_EQ(FailedOf(JudgeDeck(points, {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {7, 8, 9}, {7, 10, 11}}, {1})),
+              std::set<Check>{Check::boundary});
+}
+
+TEST(Regions, MayTouch) {
+    const audit::Verdict verdict =
+        JudgeDeck({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1, 2}, {3, 4, 5}});
+    EXPECT_EQ(NamesOf(FailedOf(verdict)), "");
+    EXPECT_EQ(verdict.counts.regions, 2);
+    EXPECT_EQ(verdict.counts.touchingNodes, 4);
+    EXPECT_EQ(verdict.counts.boundaryFaces, 6);
+}
+
+// Random nodes in clusters, each in a triangle whose other corners stand apart: the nodes of triangles that hang
+// together are of one region. Every pair is tried.
+TEST(CoincidentNodes, AreThoseThatAPlainSearchFinds) {
+    Dice dice(7);
+    for (int turn = 0; turn < 40; ++turn) {
+        Mesh mesh;
+        mesh.dimension = 2;
+        mesh.cellGroups.push_back({"ALL", 1, {}});
+        std::vector<int> regions;
+        const int hubs = dice.From(1, 3);
+        for (int h = 0; h < hubs; ++h) {
+            AddNode(&mesh, {h * 1.0, 1, 0});
+            regions.push_back(h);
+        }
+        for (int n = 0; n < 60; ++n) { // around points of a grid that is as wide as a box of the search is long
+            const int hub = dice.Below(hubs);
+            const At at{dice.Below(4) * 64e-8 + dice.Between(-2, 2) * 1e-8,
+                        dice.Below(2) * 1e-8 + dice.Between(0, 1) * 3e-8, 0};
+            const int node = AddNode(&mesh, at);
+            const int other = AddNode(&mesh, {0.3 + 0.001 * node, 0.5, 0});
+            SetRow(&mesh.cells.rows, mesh.cells.rows.Count(), {hub, node, other});
+            mesh.cells.types.push_back(3);
+            mesh.cells.tags.push_back(1);
+            regions.insert(regions.end(), {hub, hub});
+        }
+        const auto [low, high] = std::minmax_element(mesh.nodes.x.begin(), mesh.nodes.x.end());
+        const auto [down, up] = std::minmax_element(mesh.nodes.y.begin(), mesh.nodes.y.end());
+        const double tolerance = 1e-8 * std::hypot(*high - *low, *up - *down);
+        std::set<int> wanted;
+        for (int a = 0; a < NumNodes(mesh); ++a) {
+            for (int b = 0; b < a; ++b) {
+                const At p = PlaceOf(mesh, a);
+                const At q = PlaceOf(mesh, b);
+                if (regions[static_cast<std::size_t>(a)] == regions[static_cast<std::size_t>(b)] &&
+                    std::fabs(p[0] - q[0]) <= tolerance && std::fabs(p[1] - q[1]) <= tolerance) {
+                    wanted.insert({a, b});
+                }
+            }
+        }
+        std::set<int> found;
+        const audit::Verdict verdict = audit::Judge(mesh);
+        for (const audit::Place &place : verdict.Of(Check::coincidentNodes).places) {
+            found.insert(place.index);
+        }
+        EXPECT_EQ(found, wanted) << turn;
+        EXPECT_FALSE(wanted.empty());
+    }
+}
+
+// Histograms ------------------------------------------------------------------------------------------
+
+TEST(Histogram, HasTenBinsOfWhichTheLastIsClosed) {
+    std::vector<double> values;
+    for (int i = 0; i <= 20; ++i) {
+        values.push_back(i);
+    }
+    values.push_back(kInfinity);
+    const audit::Histogram histogram = audit::HistogramOf(values, {0, 18});
+    EXPECT_EQ(histogram.min, 0);
+    EXPECT_EQ(histogram.max, 20);
+    EXPECT_EQ(histogram.mean, 10);
+    EXPECT_EQ(histogram.bins, (std::array<long long, 10>{2, 2, 2, 2, 2, 2, 2, 2, 2, 3}));
+    EXPECT_EQ(histogram.edges[1], 2);
+    EXPECT_EQ(histogram.edges[10], 20);
+    EXPECT_EQ(histogram.undefined, 1);
+    EXPECT_EQ(histogram.outside, 3); // 19, 20 and the one that is none
+    EXPECT_EQ(audit::HistogramOf({1 - 1e-15, 1 - 1e-6, 3 + 1e-15}, {1, 3}).outside, 1); // rounding is none
+}
+
+TEST(Histogram, OfOneValueIsOneWide) {
+    const audit::Histogram histogram = audit::HistogramOf({3, 3}, {0, 9});
+    EXPECT_EQ(histogram.edges[0], 2.5);
+    EXPECT_EQ(histogram.edges[10], 3.5);
+    EXPECT_EQ(histogram.bins, (std::array<long long, 10>{0, 0, 0, 0, 0, 2, 0, 0, 0, 0}));
+    EXPECT_EQ(audit::HistogramOf({}, {0, 9}).values, 0);
+}
+
+// Worked out by hand: the corner of a cube, edges 1 and sqrt(2).
+TEST(Quality, OfTheCornerOfACube) {
+    const audit::Verdict verdict = JudgeDeck({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {{0, 1, 2, 3}});
+    const auto value = [&verdict](audit::Measure m) { return verdict.quality[static_cast<std::size_t>(m)].min; };
+    // R = sqrt(3)/2; r = 3 V / S = (1/2) / (3/2 + sqrt(3)/2) = 1 / (3 + sqrt(3)).
+    EXPECT_NEAR(value(audit::Measure::radiusRatio), std::sqrt(3) / 6 * (3 + std::sqrt(3)), 1e-15);
+    EXPECT_NEAR(value(audit::Measure::edgeRatio), std::sqrt(2), 1e-15);
+    EXPECT_NEAR(value(audit::Measure::minAngle), std::acos(1 / std::sqrt(3)) * 180 / std::acos(-1), 1e-13);
+    EXPECT_NEAR(value(audit::Measure::maxAngle), 90, 1e-13);
+    // 6 V = 1; the largest product is 1 * sqrt(2) * sqrt(2).
+    EXPECT_NEAR(value(audit::Measure::scaledJacobian), std::sqrt(2) / 2, 1e-15);
+    EXPECT_NEAR(value(audit::Measure::aspectGamma), std::pow(1.5, 1.5) / std::sqrt(2), 1e-15);
+}
+
+// Meshes at the edge of what numbers can do -----------------------------------------------------------
+
+TEST(Sizes, FromTheSmallestToTheLargest) {
+    for (const double size : {1e-150, 1e-100, 1e-3, 1.0, 1e100, 1e150}) {
+        for (const bool turned : {false, true}) {
+            Mesh mesh = Translated(SmallDeck(kStar, {{0, 1, 2, 5}}, {}));
+            if (turned) {
+                SetRow(&mesh.cells.rows, 0, Turned(mesh, 0));
+            }
+            Scale(mesh, 1, size);
+            EXPECT_EQ(audit::Judge(mesh).Of(Check::orientation).Ok(), !turned) << size;
+        }
+    }
+}
+
+// The whole-run cases and the examples -----------------------------------------------------------------
+
+// What cases show that a mesh should not have: cells that the deck gives twice or over one another, nodes that it has
+// not, sets that lose all their members to one before them, cells of two dimensions, decks without cells, coordinates
+// that are no numbers, cells without size. Each is told in the case's own words ("why").
+// clang-format off
+const std::map<std::string, std::string> kFaulty{
+    {"reader/cell-blocks-interleaved", "shared-faces"},
+    {"reader/data-comma-eats-keyword", "cells"},
+    {"reader/dimension-tet-last", "cells"},
+    {"reader/dimension-triangle-last", "cells"},
+    {"reader/double-forms", "cells, groups, coordinates"},
+    {"reader/element-missing-numbers", "indices"},
+    {"reader/element-missing-ten", "indices"},
+    {"reader/element-twice", "shared-faces"},
+    {"reader/empty-block-between", "groups"},
+    {"reader/empty-block-last", "groups"},
+    {"reader/empty-deck", "cells"},
+    {"reader/empty-sections", "groups"},
+    {"reader/heading-only", "cells"},
+    {"reader/negative-numbers", "duplicate-cells"},
+    {"reader/nset-lines", "groups"},
+    {"reader/nset-overlap", "groups"},
+    {"reader/parameter-search", "groups"},
+    {"reader/refused-elset", "groups"},
+    {"reader/types-2d", "duplicate-cells"},
+    {"reader/types-3d", "duplicate-cells"},
+    {"translate/coordinates-huge-2d", "duplicate-cells, orientation, boundary"},
+    {"translate/coordinates-inf", "coordinates"},
+    {"translate/coordinates-nan", "coordinates"},
+    {"translate/empty-block-keeps-group", "groups"},
+    {"translate/empty-block-sets-dimension", "cells, groups"},
+    {"translate/heading-only", "cells"},
+    {"translate/mixed-only-edges-tagged", "cells, faces"},
+    {"translate/mixed-tet4-tri3", "cells, faces"},
+    {"translate/mixed-tri3-tet4", "cells, faces"},
+    {"translate/no-cells", "cells, groups"},
+    {"translate/no-nodes", "indices"},
+    {"translate/order-of-groups", "groups"},
+    {"translate/orientation-threshold", "orientation, coincident-nodes, shared-faces"},
+    {"translate/surfaces-on-one-face", "groups"},
+    {"translate/tet4-degenerate", "orientation"},
+    {"translate/tet4-small", "orientation, face-normals"},
+    {"translate/tetx-degenerate", "orientation, coincident-nodes"},
+    {"translate/tri-ignores-z", "shared-faces"},
+    {"translate/tri3-degenerate", "orientation"},
+    {"translate/tri3-label-s4", "groups"},
+    {"translate/tri3-short-edge", "orientation, coincident-nodes"},
+    {"translate/tri6-degenerate", "orientation, coincident-nodes"},
+    {"translate/unresolved-between-numbers", "indices"},
+    {"translate/unresolved-in-c-group", "indices"},
+    {"translate/unresolved-mid-side-tri6", "indices"},
+    {"translate/unresolved-short-line", "indices"},
+    {"translate/unresolved-tet4", "indices"},
+    {"translate/unresolved-tri3", "indices"},
+    {"translate/unused-nodes-dropped", "groups"},
+    {"vtk/empty-block", "cells, groups"},
+    {"vtk/heading-only", "cells"},
+    {"vtk/missing-node", "indices"},
+    {"vtk/mixed-2d-3d", "cells, faces"},
+    {"vtk/no-cells", "cells, groups"},
+    {"vtk/nset-empty", "groups"},
+    {"vtk/nset-sizes", "groups"},
+    {"vtk/nset-slash", "groups"},
+};
+// clang-format on
+
+std::string TextOf(const fs::path &path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+TEST(Cases, AreOkButForWhatTheyShow) {
+    std::size_t seen = 0;
+    for (const auto &entry : fs::recursive_directory_iterator(KIVOM_CASES)) {
+        if (entry.path().filename() == "mesh.input") {
+            const std::string text = TextOf(entry.path());
+            const meshfile::Result result = meshfile::ReadText(text);
+            ASSERT_TRUE(result.Ok() && !result.mesh.isEmptyFile) << entry.path();
+            const std::string name = fs::relative(entry.path().parent_path().parent_path(), KIVOM_CASES).string();
+            const auto faulty = kFaulty.find(name);
+            EXPECT_EQ(NamesOf(FailedOf(audit::Judge(result.mesh))), faulty == kFaulty.end() ? "" : faulty->second)
+                << name;
+            seen += kFaulty.count(name);
+        }
+    }
+    EXPECT_EQ(seen, kFaulty.size());
+}
+
+TEST(Examples, AreOk) {
+    int seen = 0;
+    for (const auto &entry : fs::directory_iterator(KIVOM_EXAMPLES)) {
+        if (entry.path().extension() == ".inp") {
+            EXPECT_EQ(NamesOf(FailedOf(JudgeFile(Translated(TextOf(entry.path()))))), "") << entry.path();
+            ++seen;
+        }
+    }
+    EXPECT_EQ(seen, 5);
+}
 
 } // namespace

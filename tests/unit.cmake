@@ -30,6 +30,8 @@ target_compile_definitions(meshfile_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SO
 
 # What judges the mesh file.
 kivom_test(audit_test LINK kivom_audit kivom_fakesystem)
+target_compile_definitions(audit_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases"
+  KIVOM_EXAMPLES="${PROJECT_SOURCE_DIR}/examples")
 
 kivom_test(account_findings_test LINK kivom_account kivom_deck kivom_core kivom_system)
 target_compile_definitions(account_findings_test PRIVATE
@@ -57,3 +59,7 @@ endif()
 add_executable(replay_checkdeck ${PROJECT_SOURCE_DIR}/fuzz/account/checkdeck.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
 target_link_libraries(replay_checkdeck PRIVATE kivom_account kivom_deck kivom_core kivom_system)
 add_test(NAME replay.checkdeck COMMAND replay_checkdeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
+
+# The measures of shape, beside the VTK library's.
+add_executable(qualityvalues vtk/qualityvalues.cpp)
+target_link_libraries(qualityvalues PRIVATE kivom_audit)
