@@ -102,7 +102,7 @@ std::string SurfacesText(const meshfile::Mesh &mesh, const Verdict &verdict) {
 }
 
 std::string HistogramText(Measure measure, const Histogram &histogram) {
-    std::string text = Format("\n%s: least %.6g, mean %.6g, largest %.6g; %lld outside %.6g to %.6g\n",
+    std::string text = Format("\n%s: least %.6g, mean %.6g, largest %.6g\n  %lld outside %.6g to %.6g\n",
                               audit::KindOf(measure).word, histogram.min, histogram.mean, histogram.max,
                               histogram.outside, histogram.limits.least, histogram.limits.most);
     const long long most = *std::max_element(histogram.bins.begin(), histogram.bins.end());

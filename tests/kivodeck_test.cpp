@@ -186,7 +186,7 @@ TEST(Text, IsNotColouredInAPipe) {
 }
 
 TEST(Help, FitsAScreen) {
-    for (const std::string arguments : {"--help", "check --help", "explain --help"}) {
+    for (const std::string arguments : {"--help", "check --help", "audit --help", "explain --help"}) {
         const Outcome run = RunDeck(arguments);
         EXPECT_EQ(run.status, 0) << arguments;
         std::istringstream in(run.out);

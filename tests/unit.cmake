@@ -51,6 +51,13 @@ if(TARGET kivodeck)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
   add_dependencies(kivodeck_test kivodeck)
+  kivom_test(kivodeck_audit_test LINK nlohmann_json::nlohmann_json)
+  set(memory 2000000) # kilobytes
+  if(KIVOM_SANITIZE)
+    set(memory unlimited) # sanitizers set much more apart than they use
+  endif()
+  target_compile_definitions(kivodeck_audit_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>" KIVOM_MEMORY="${memory}")
+  add_dependencies(kivodeck_audit_test kivodeck)
   add_test(NAME docs.findings
     COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
 endif()
