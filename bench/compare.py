@@ -1,8 +1,11 @@
 #!/usr/bin/python3
 """Runs the translator beside the floor and beside other converters, and prints ratios taken in one run.
 
-  compare.py [--program PATH] [--maker PATH] [--plain PATH] [--folder DIR] [--repetitions N]
+  compare.py [--program PATH] [--second PATH] [--maker PATH] [--plain PATH] [--folder DIR] [--repetitions N]
              [--types C3D4,C3D10] [--decks LIST] [--no-peers] [--quick] [--markdown PATH] [--strict]
+
+With --second (or a kivodeck beside the program) the mesh file of the base and the large deck is audited, too: it must be
+found right, and time and memory are held against the run's without --vtk.
 
 The floor of a run is `cat deck >/dev/null` plus `cp` of the files that the run writes. Peers are those of gmsh
 (VTK to VTK of the same mesh), meshio (deck to legacy VTK) and cgx (deck to deck) that are installed. Time is the
@@ -51,6 +54,7 @@ SHUFFLED_LIMIT = 1.5
 SPARSE_LIMIT = 1.3
 MEMORY_LIMIT = 1.4
 MESHIO_TIMES = 6.0
+AUDIT_LIMITS = (3.5, 3.0)  # processor time and peak memory of an audit, times those of the run without --vtk
 
 MESHIO_SCRIPT = """import sys, meshio
 mesh = meshio.read(sys.argv[1], file_format="abaqus")
@@ -185,6 +189,10 @@ class Deck:
         shutil.rmtree(copy)
         return Usage(cat.seconds + cp.seconds, max(cat.kilobytes, cp.kilobytes), 0)
 
+    def audit(self):
+        """The second program judges what the run has written; a mesh that is not right ends it with a status."""
+        return run_well([self.options.second, "audit", "mesh.input"], self.out(False))
+
     def check(self, has_vtk):
         print(f"checking {self.name(has_vtk)}", file=sys.stderr)
         self.translate(has_vtk)
@@ -300,6 +308,8 @@ class Bench:
                 usages = {"run": deck.translate_again(has_vtk)}
                 if key in ("base", "large"):
                     usages["floor"] = deck.floor(has_vtk)
+                    if self.options.second and not has_vtk:
+                        usages["audit"] = deck.audit()
                 shutil.rmtree(deck.out(has_vtk))
                 for job, usage in usages.items() if is_counted else ():
                     deck.taken[has_vtk, job].append(usage)
@@ -311,7 +321,7 @@ class Bench:
                                    *(f"{s[key]:,}" for key in ("nodes", "elements", "node_sets", "element_sections",
                                                                "surfaces")), f"{deck.output[True][1] / 1e6:.1f}"))
             for (has_vtk, job), usages in deck.taken.items():
-                self.add_job(deck.name(has_vtk) + (": floor" if job == "floor" else ""), usages)
+                self.add_job(deck.name(has_vtk) + ("" if job == "run" else ": " + job), usages)
         for has_vtk in (True, False):
             base = decks["base"]
             self.add_ratio(f"{kind}: {'with' if has_vtk else 'without'} --vtk, times the floor",
@@ -323,6 +333,8 @@ class Bench:
         for deck in [decks[key] for key in ("base", "large") if key in decks]:
             for has_vtk in (False, True):
                 self.report_memory(deck, has_vtk)
+            if self.options.second:
+                self.report_audit(deck)
         self.report_peers(kind, decks["base"].time(True), peers)
 
     def add_job(self, title, usages):
@@ -359,6 +371,12 @@ class Bench:
             row = self.target_rows[-1]
             self.target_rows[-1] = row._replace(figure="not seen", is_met=None,
                                                 note=row.note + ", smaller than this command")
+
+    def report_audit(self, deck):
+        time, memory = AUDIT_LIMITS
+        self.add_ratio(f"{deck.title}: audit, times the run", deck.time(False, "audit") / deck.time(False), time)
+        peak = max(usage.kilobytes for usage in deck.taken[False, "audit"])
+        self.add_ratio(f"{deck.title}: peak of audit, times the run's", peak / deck.peak(False).kilobytes, memory)
 
     def report_peers(self, kind, ours, peers):
         for peer, usages in peers.items():
@@ -431,6 +449,7 @@ def make_page(bench):
 def read_options():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", default=os.path.join(BUILD, "KIVOm"), help="the translator")
+    parser.add_argument("--second", help="kivodeck (default: the one beside the program, if there is one)")
     parser.add_argument("--maker", default=os.path.join(BUILD, "bench", "makedeck"), help="the deck maker")
     parser.add_argument("--plain", help="a plain build of the translator whose files must be the same")
     parser.add_argument("--folder", default="/dev/shm", help="where to work, a memory file system (default /dev/shm)")
@@ -443,7 +462,9 @@ def read_options():
     parser.add_argument("--markdown", help="also write the page to this file")
     parser.add_argument("--strict", action="store_true", help="fail when a target is missed")
     options = parser.parse_args()
-    for name in ("program", "maker", "plain"):
+    beside = os.path.join(os.path.dirname(options.program), "kivodeck")
+    options.second = options.second or (beside if os.path.exists(beside) else None)
+    for name in ("program", "second", "maker", "plain"):
         path = getattr(options, name)
         if path and not os.access(path, os.X_OK):
             parser.error(f"--{name}: no program at {path}")
