@@ -4,8 +4,8 @@ import os, subprocess, sys, tempfile, unittest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SCRIPT = os.path.join(ROOT, "examples", "make", "plain_deck.py")
-sys.path.insert(0, os.path.join(ROOT, "tools"))
-import kivomesh
+sys.path.insert(0, os.path.join(ROOT, "tests"))
+import meshinput
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 NODES = "*Node\n1,0,0,0\n2,1,0,0\n3,0,1,0\n4,0,0,1\n5,1,1,1\n"
@@ -30,7 +30,7 @@ class PlainDeck(unittest.TestCase):
         log = subprocess.run([PROGRAM, "plain.inp"], cwd=self.scratch.name, capture_output=True, text=True, check=True)
         self.assertNotIn("Error", log.stdout)
         self.assertNotIn("Warning", log.stdout)
-        return kivomesh.read(os.path.join(self.scratch.name, "mesh.input"))
+        return meshinput.read(os.path.join(self.scratch.name, "mesh.input"))
 
     def names(self, groups):
         return [group.name for group in groups]
