@@ -9,7 +9,7 @@ namespace audit {
 namespace {
 
 bool IsWorse(const Place &a, const Place &b) {
-    if (a.badness != b.badness && (a.badness > b.badness || b.badness > a.badness)) {
+    if (a.badness > b.badness || b.badness > a.badness) {
         return a.badness > b.badness;
     }
     return a.subject != b.subject ? a.subject < b.subject : a.index < b.index;

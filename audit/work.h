@@ -8,6 +8,7 @@
 
 #include "support/measures.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -60,9 +61,12 @@ struct Work {
         const auto n = static_cast<std::size_t>(node);
         return {mesh.nodes.x[n], mesh.nodes.y[n], mesh.dimension == 3 ? mesh.nodes.z[n] : 0.0};
     }
+    // Nothing is worse than a badness that is no number.
     void Found(Check check, Subject subject, std::size_t index, double badness = 0) {
+        constexpr double kMost = 3e38; // within the range of a float
+        const double bounded = badness <= kMost ? std::max(badness, -kMost) : kMost;
         verdict.checks[static_cast<std::size_t>(check)].places.push_back(
-            {static_cast<int>(index), static_cast<float>(badness), subject});
+            {static_cast<int>(index), static_cast<float>(bounded), subject});
     }
 };
 

@@ -4,7 +4,7 @@ include(${PROJECT_SOURCE_DIR}/fuzz/targets.cmake)
 # replay_run, replay_rows, ...: each target over its seeds and finds and some inputs made at random, with whatever compiler is at hand.
 foreach(target ${KIVOM_FUZZ_TARGETS})
   add_executable(replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/${target}_fuzz.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-  target_link_libraries(replay_${target} PRIVATE kivom_fakesystem)
+  target_link_libraries(replay_${target} PRIVATE kivom_audit kivom_fakesystem)
   add_test(NAME replay.${target}
     COMMAND replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/seeds/${target} ${PROJECT_SOURCE_DIR}/fuzz/found/${target}
             --random 1500)
