@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
 #include <map>
 
@@ -28,13 +27,10 @@ constexpr int kBar = 40; // characters of the longest bar: with its range and it
 // ORDER: audit::Subject.
 constexpr const char *kSubjects[] = {"node", "face", "cell", "node group", "face group", "cell group", "mesh"};
 
-// Formatted by the C library. What is longer than 240 characters is cut: names are put together outside of it.
-[[gnu::format(printf, 1, 2)]] std::string Format(const char *format, ...) {
+// By the C library's formats. For numbers: what is longer than 240 characters is cut.
+template <class... Values> std::string Format(const char *format, Values... values) {
     char text[240];
-    va_list values;
-    va_start(values, format);
-    std::vsnprintf(text, sizeof text, format, values);
-    va_end(values);
+    std::snprintf(text, sizeof text, format, values...);
     return text;
 }
 
