@@ -1,4 +1,5 @@
 // *ELEMENT sections.
+#include "abaqus/RefusedWords.h"
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
@@ -11,8 +12,6 @@
 #include <cstring>
 
 namespace {
-
-constexpr const char *kRefused[] = {"FILE", "INPUT", "OFFSET", "SOLIDELEMENTNUMBERING"};
 
 struct ElementType {
     const char *name; // value of TYPE
@@ -116,7 +115,7 @@ void ReadCells(LineSource *stream, ABQCellBlock **list) {
         std::printf("  Warning> Cannot find ELSET name for Cells.\n");
     }
     std::printf("  Reading Elements %s ... ", block->name);
-    if (ABQRefuse(stream, kRefused)) {
+    if (ABQRefuse(stream, kRefusedCells)) {
         allocate(block, 0);
         return;
     }

@@ -45,7 +45,7 @@ void ABQDropLine();
 int ABQParseLabel(char *value, const char *name);
 
 // True when one of the words stands anywhere on the line in hand: the first found is reported, and the next
-// line becomes the line in hand. The words of each section are listed beside its reader.
+// line becomes the line in hand. The words of each section: RefusedWords.h.
 bool ABQRefuse(LineSource *stream, const char *const *words, int nWords);
 
 template <std::size_t nWords> bool ABQRefuse(LineSource *stream, const char *const (&words)[nWords]) {

@@ -1,4 +1,5 @@
 // *NODE sections.
+#include "abaqus/RefusedWords.h"
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
@@ -8,8 +9,6 @@
 #include <cstdio>
 
 namespace {
-
-constexpr const char *kRefused[] = {"INPUT", "SYSTEM"};
 
 // Columns of a section: number, x, y, z.
 enum { kGID, kX, kY, kZ };
@@ -63,7 +62,7 @@ void ReadNodes(LineSource *stream, ABQNodeBlock **list) {
     block->nLine = ABQLineNumber();
     ABQParseLabel(block->name, "NSET");
     std::printf("  Reading Nodes %s ... ", block->name);
-    if (ABQRefuse(stream, kRefused)) {
+    if (ABQRefuse(stream, kRefusedNodes)) {
         allocate(block, 0);
         return;
     }

@@ -1,4 +1,5 @@
 // *NSET and *ELSET sections: plain lists of numbers.
+#include "abaqus/RefusedWords.h"
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
@@ -8,10 +9,6 @@
 #include <cstdio>
 
 namespace {
-
-// The second list is the first without "ELSET", which on *ELSET is the name's own parameter.
-constexpr const char *kRefusedNodeSet[] = {"ELSET", "GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"};
-constexpr const char *kRefusedCellSet[] = {"GENERATE", "INSTANCE", "INTERNAL", "UNSORTED"};
 
 // A line holds at most this many numbers: 5119 characters of one digit and one comma in turn.
 constexpr int kMostPerLine = (kLineLength + 1) / 2;

@@ -1,4 +1,5 @@
 // *SURFACE sections: which faces of which elements.
+#include "abaqus/RefusedWords.h"
 #include "abaqus/abqcolumns.h"
 #include "abaqus/abqdeck.h"
 #include "abaqus/abqline.h"
@@ -9,13 +10,6 @@
 #include <cstring>
 
 namespace {
-
-// clang-format off
-constexpr const char *kRefused[] = {
-    "COMBINE", "CROP", "DEFINITION", "FILLETRADIUS", "INTERNAL", "REGIONTYPE",
-    "TRIM", "MAXRATIO", "NOOFFSET", "NOTHICK", "SCALETHICK",
-};
-// clang-format on
 
 // True when the keyword line names another type than ELEMENT: reported, and the next line is in hand.
 bool RefuseType(LineSource *stream) {
@@ -79,7 +73,7 @@ void ReadSurfaces(LineSource *stream, ABQSurface **list) {
     surface->nLine = ABQLineNumber();
     ABQParseLabel(surface->name, "NAME");
     std::printf("  Reading Surface %s ... ", surface->name);
-    if (ABQRefuse(stream, kRefused) || RefuseType(stream)) {
+    if (ABQRefuse(stream, kRefusedSurface) || RefuseType(stream)) {
         allocate(surface, 0);
         return;
     }

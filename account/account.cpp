@@ -1,6 +1,8 @@
 // Questions that all steps of an account ask.
 #include "account/account.h"
 
+#include "deck/text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <limits>
@@ -44,16 +46,11 @@ bool Contains(const std::vector<int> &sorted, int value) {
 }
 
 // The first finding with the code on those lines, or null.
-const deck::Finding *FindOnLines(const std::vector<const deck::Finding *> &sorted, deck::Code code, int first,
-                                 int last) {
-    auto at = std::lower_bound(sorted.begin(), sorted.end(), first,
-                               [](const deck::Finding *finding, int line) { return finding->place.line < line; });
-    for (; at != sorted.end() && (*at)->place.line <= last; ++at) {
-        if ((*at)->code == code) {
-            return *at;
-        }
-    }
-    return nullptr;
+const deck::Finding *FindOnLines(const SaidByCode &said, deck::Code code, int first, int last) {
+    const std::vector<const deck::Finding *> &sorted = said[static_cast<std::size_t>(code)];
+    const auto at = std::lower_bound(sorted.begin(), sorted.end(), first,
+                                     [](const deck::Finding *finding, int line) { return finding->place.line < line; });
+    return at != sorted.end() && (*at)->place.line <= last ? *at : nullptr;
 }
 
 // Findings that tell of rows, sections or files which the deck means and which are not there.
@@ -102,17 +99,20 @@ deck::Place PlaceOfLine(int line) {
 }
 
 void SortWhatDeckSays(Account *account) {
-    const auto collect = [](std::vector<const deck::Finding *> *to, const std::vector<deck::Finding> &from) {
+    const auto collect = [](SaidByCode *to, const std::vector<deck::Finding> &from) {
         for (const deck::Finding &finding : from) {
             if (finding.place.file == 0) {
-                to->push_back(&finding);
+                (*to)[static_cast<std::size_t>(finding.code)].push_back(&finding);
             }
         }
-        std::stable_sort(to->begin(), to->end(),
-                         [](const deck::Finding *a, const deck::Finding *b) { return a->place.line < b->place.line; });
+        for (std::vector<const deck::Finding *> &list : *to) {
+            std::stable_sort(list.begin(), list.end(), [](const deck::Finding *a, const deck::Finding *b) {
+                return a->place.line < b->place.line;
+            });
+        }
     };
-    account->remarks.clear();
-    account->told.clear();
+    account->remarks = {};
+    account->told = {};
     collect(&account->remarks, account->deck.remarks);
     collect(&account->told, account->deck.findings);
     collect(&account->told, account->mesh.findings);
@@ -129,21 +129,15 @@ bool DeckSays(const Account &account, deck::Code code, int first, int last) {
 }
 
 int LastLineOf(const Account &account, int card) {
-    const std::vector<deck::Card> &cards = account.deck.cards;
-    const int file = cards[static_cast<std::size_t>(card)].place.file;
-    for (auto next = static_cast<std::size_t>(card) + 1; next < cards.size(); ++next) {
-        if (cards[next].place.file == file) {
-            return cards[next].place.line - 1;
-        }
-    }
-    return std::numeric_limits<int>::max();
+    const int next = account.cards[static_cast<std::size_t>(card)].next;
+    return next == -1 ? std::numeric_limits<int>::max() : PlaceOf(account, next).line - 1;
 }
 
 std::string SectionName(const Account &account, int card) {
     const deck::Card &keywordLine = account.deck.cards[static_cast<std::size_t>(card)];
     std::string name = KindName(keywordLine.keyword);
     if (const deck::Parameter *parameter = FindParameter(keywordLine, NameParameter(keywordLine.keyword))) {
-        name += " " + parameter->value;
+        name += " " + deck::Clip(parameter->value);
     }
     return name;
 }

@@ -20,6 +20,7 @@
 #include "deck/assemble.h"
 #include "deck/model.h"
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -41,6 +42,8 @@ enum class CardState : char {
 struct CardUse {
     CardState state = CardState::other;
     bool flawed = false;     // its rows differ, and that has been told
+    int next = -1;           // the next card of its file; -1: it is the last
+    int system = -1;         // the *SYSTEM that moves its nodes; -1: there is none
     int scope = -1;          // of the sections; -1: it has none
     int section = -1;        // the first of them in its table
     int sections = 0;        // how many follow one another
@@ -68,26 +71,30 @@ constexpr char kUnused = 0;
 constexpr char kUsed = 1;
 constexpr char kToldUnused = 2;
 
+// What a deck says of lines of its own file, by code; of each code by line.
+using SaidByCode = std::array<std::vector<const deck::Finding *>, deck::kCodes>;
+
 struct Account {
     deck::Deck &deck;
     Reading &reading;
     deck::Mesh mesh;
     std::vector<Finding> findings;
 
-    std::vector<CardUse> cards; // for each of deck.cards
+    std::vector<CardUse> cards;   // for each of deck.cards
     std::vector<char> passedOver; // for each of deck.files: told as one, at the line that includes it
-    std::vector<int> lostRows;  // lines of the deck's own file whose rows the reader does not hold; ascending
+    std::vector<int> lostRows;    // lines of the deck's own file whose rows the reader does not hold; ascending
 
     std::vector<char> placedHeld;                     // for each of mesh.placed: the reader's rows stand for it
     std::vector<int> clashingNodes, clashingElements; // numbers that several parts have, ascending
     std::unique_ptr<HeldNodes> heldNodes;             // after Reading::Resolve
     CellIndex cells;                                  // likewise
-    std::vector<int> repeatedNodes;                   // numbers of nodes that are given several times, ascending
+    std::vector<int> repeatedNodes; // numbers of nodes that either reading has several times, ascending
     std::vector<char>
         nodeUsed; // for each node of the mesh: an element names it (kUsed), or that none does has been told
 
-    std::vector<const deck::Finding *> remarks; // of the deck's own file, by line
-    std::vector<const deck::Finding *> told;    // the deck's own findings there, by line
+    SaidByCode remarks;        // of the deck's own file
+    SaidByCode told;           // the deck's own findings there
+    bool rowsTakenIn = false;  // the reader has rows of nodes or elements that are none to the deck, as has been told
     bool mayBeMissing = false; // the deck lacks something that elements may stand in: what none uses says nothing then
 
     Account(deck::Deck &d, Reading &r) : deck(d), reading(r) {}
@@ -134,10 +141,8 @@ void CompareElementRows(Account *account, int card, const ABQCellBlock &block);
 void CompareSetRows(Account *account, int card, const ABQSet &set);
 void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface);
 
-// files.cpp
-void AccountFiles(Account *account);
-
 // placing.cpp
+void AccountFiles(Account *account);
 void AccountGenerators(Account *account);
 void AccountInstances(Account *account);
 

@@ -50,13 +50,13 @@ std::vector<Gap> FindGaps(std::size_t nMeant, const Meant &meant, std::size_t nR
     std::size_t j = 0;
     const auto nextBoth = [&](std::size_t *a, std::size_t *b) { // the nearest pair of equal rows from (i, j) on
         for (std::size_t distance = 1; distance <= kNear; ++distance) {
-            for (*a = distance; *a + 1 > 0; --*a) {
-                *b = distance - *a;
-                if (i + *a < nMeant && j + *b < nRead && meant(i + *a) == read(j + *b)) {
-                    return;
-                }
-                if (*a == 0) {
-                    break;
+            for (std::size_t less = distance / 2 + 1; less-- > 0;) { // rows altered come before rows lost
+                for (const std::size_t more : {distance - less, less}) {
+                    *a = more;
+                    *b = distance - more;
+                    if (i + *a < nMeant && j + *b < nRead && meant(i + *a) == read(j + *b)) {
+                        return;
+                    }
                 }
             }
         }
@@ -66,7 +66,7 @@ std::vector<Gap> FindGaps(std::size_t nMeant, const Meant &meant, std::size_t nR
                 return;
             }
         }
-        *a = std::min(nMeant - i, *b);
+        *a = j + *b < nRead ? std::min(nMeant - i, *b) : nMeant - i; // the lists have no more in common
     };
     while (i < nMeant && j < nRead) {
         if (meant(i) == read(j)) {

@@ -2,14 +2,17 @@
 #include "account/check.h"
 
 #include "account/account.h"
+#include "account/log.h"
 #include "account/summary.h"
 
 #include "abaqus/abqdeck.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <tuple>
+#include <utility>
 
 namespace account {
 
@@ -24,6 +27,14 @@ class TwiceJudge {
             byLine_.push_back({mesh.nodeLine[i], i});
         }
         std::sort(byLine_.begin(), byLine_.end());
+        for (const ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
+            for (int i = 0; i < block->count; ++i) {
+                if (block->i1Tag[i] != 0) {
+                    tagged_.push_back(block->i1GID[i]);
+                }
+            }
+        }
+        std::sort(tagged_.begin(), tagged_.end());
     }
 
     // The code for that definition, or false when a later one counts.
@@ -45,39 +56,32 @@ class TwiceJudge {
     }
 
   private:
-    // Whether another row of that number carries the tag of a set.
-    static bool IsTagged(int number) {
-        for (const ABQNodeBlock *block = ABQDeck()->nodeBlocks; block != nullptr; block = block->next) {
-            const int *end = block->i1GID + block->count;
-            for (const int *at = std::lower_bound<const int *>(block->i1GID, end, number); at != end && *at == number;
-                 ++at) {
-                if (block->i1Tag[at - block->i1GID] != 0) {
-                    return true;
-                }
-            }
-        }
-        return false;
+    // Whether some row of that number carries the tag of a set.
+    bool IsTagged(int number) const {
+        return std::binary_search(tagged_.begin(), tagged_.end(), number);
     }
 
     const Account &account_;
     const deck::Mesh &mesh_;
     std::vector<std::pair<int, std::size_t>> byLine_;
+    std::vector<int> tagged_; // numbers of the reader's rows with a tag, ascending
 };
 
-// Elements that the reader holds of the part with that keyword line.
-long long CountHeld(const Account &account, const deck::Place &place) {
-    long long count = 0;
+// Elements that the reader holds of each part, by file and line of the part's keyword line.
+std::map<std::pair<int, int>, long long> CountHeld(const Account &account) {
+    std::map<std::pair<int, int>, long long> counts;
     for (const deck::Scope &scope : account.deck.scopes) {
-        if (scope.card == -1 || PlaceOf(account, scope.card).file != place.file ||
-            PlaceOf(account, scope.card).line != place.line) {
+        if (scope.card == -1) {
             continue;
         }
+        const deck::Place place = PlaceOf(account, scope.card);
+        long long &count = counts[{place.file, place.line}];
         for (const deck::ElementSection &section : scope.elements.sections) {
             const bool held = account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
             count += held && section.file == 0 ? static_cast<long long>(section.count) : 0;
         }
     }
-    return count;
+    return counts;
 }
 
 // What the deck itself has to say becomes part of the report. Without a file that it needs, what is missing in the rest
@@ -90,6 +94,7 @@ void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findin
     if (std::any_of(findings.begin(), findings.end(), isTwice)) {
         judge = std::make_unique<TwiceJudge>(*account);
     }
+    const std::map<std::pair<int, int>, long long> held = CountHeld(*account);
     for (const deck::Finding &finding : findings) {
         const bool follows = finding.code == deck::Code::missingNode || finding.code == deck::Code::missingMember ||
                              finding.code == deck::Code::emptyDeck || finding.code == deck::Code::generatorEnds;
@@ -100,10 +105,13 @@ void TakeDeckFindings(Account *account, const std::vector<deck::Finding> &findin
         if (isTwice(finding) && !judge->Judge(finding, &account->findings.back().code)) {
             account->findings.pop_back();
         }
-        const long long held = finding.code == deck::Code::partUnused ? CountHeld(*account, finding.place) : 0;
-        if (held > 0) {
+        if (finding.code != deck::Code::partUnused) {
+            continue;
+        }
+        const auto found = held.find({finding.place.file, finding.place.line});
+        if (found != held.end() && found->second > 0) {
             account->findings.back().code = Code::partHeld;
-            account->findings.back().count = held;
+            account->findings.back().count = found->second;
         }
     }
 }
@@ -128,6 +136,12 @@ void NoteRepeatedNodes(Account *account) {
             }
         }
     }
+    const std::vector<int> &held = account->heldNodes->numbers();
+    for (std::size_t i = 1; i < held.size(); ++i) { // a row that is none of a node to the deck may give one again
+        if (held[i] == held[i - 1]) {
+            account->repeatedNodes.push_back(held[i]);
+        }
+    }
     std::sort(account->repeatedNodes.begin(), account->repeatedNodes.end());
 }
 
@@ -142,13 +156,26 @@ bool IsOfMembers(Code code) {
            code == Code::setWithoutGroup || code == Code::unknownLabel;
 }
 
-// A deck that has not even a keyword line of elements, and nothing that could hide one.
+// Sections of elements without any row, in both readings, and nothing told that could be why.
+bool HasNoElements(const Account &account) {
+    for (const ABQCellBlock *block = ABQDeck()->cellBlocks; block != nullptr; block = block->next) {
+        if (block->count > 0) {
+            return false;
+        }
+    }
+    return account.mesh.elementNumber.empty() &&
+           std::none_of(account.findings.begin(), account.findings.end(),
+                        [](const Finding &finding) { return KindOf(finding.code).level == Level::error; });
+}
+
+// A deck that has not even a keyword line of elements, or rows of none, and nothing that could hide one.
 void AccountEmptyDeck(Account *account) {
     const auto isOfElements = [](const deck::Card &card) {
         return card.keyword == deck::Keyword::element || card.keyword == deck::Keyword::elgen ||
                card.keyword == deck::Keyword::elcopy;
     };
-    const bool empty = std::none_of(account->deck.cards.begin(), account->deck.cards.end(), isOfElements) &&
+    const std::vector<deck::Card> &cards = account->deck.cards;
+    const bool empty = (std::none_of(cards.begin(), cards.end(), isOfElements) || HasNoElements(*account)) &&
                        account->deck.readable && !account->mayBeMissing;
     if (!empty) {
         return;
@@ -214,6 +241,7 @@ void SortFindings(const std::vector<deck::File> &files, std::vector<Finding> *fi
 }
 
 void CountLevels(Report *report) {
+    report->errors = report->warnings = report->notes = 0;
     for (const Finding &finding : report->findings) {
         switch (KindOf(finding.code).level) {
         case Level::error:
@@ -258,30 +286,36 @@ void CompareReadings(deck::Deck *deck, Reading *reading, Report *report) {
 
 } // namespace
 
-Report CheckDeck(const std::string &path) {
+Report CheckDeck(const std::string &path, const deck::Limits &limits) {
+    const AtWork work;
+    const LogCatcher silence([](const std::string &) {}); // of the words that go with a shortage
     Report report;
     report.path = path;
-    deck::Deck deck = deck::ReadDeck(path);
-    Reading reading(path.c_str());
-    if (reading.opened() && !deck.files.empty()) {
-        CompareReadings(&deck, &reading, &report);
+    deck::Deck deck = deck::ReadDeck(path, limits);
+    if (deck.files.empty()) { // it was not opened, and may be what is better left alone
+        report.findings.push_back(FromDeck(deck.findings.front()));
     } else {
-        for (const deck::Finding &finding : deck.findings) {
-            report.findings.push_back(FromDeck(finding));
+        Reading reading(path.c_str());
+        if (reading.opened()) {
+            CompareReadings(&deck, &reading, &report);
         }
-    }
-    report.readable = deck.readable && reading.opened() && reading.readToEnd();
-    if (!report.readable && deck.readable) { // the file went away, or became unreadable, between the two readings
-        report.findings.push_back({Code::unreadable, {0, 0, 0}, {path, "it cannot be read again"}, 1});
+        report.readable = deck.readable && reading.opened() && reading.readToEnd();
+        if (!report.readable && deck.readable) { // the file went away, or became unreadable, between the two readings
+            report.findings.push_back({Code::unreadable, {0, 0, 0}, {path, "it cannot be read again"}, 1});
+        }
     }
     report.files = deck.files;
     if (report.files.empty()) {
         report.files.push_back({path, -1, 0});
     }
-    SortFindings(report.files, &report.findings);
     report.otherKeywords = deck.otherKeywords;
-    CountLevels(&report);
+    PutInOrder(&report);
     return report;
+}
+
+void PutInOrder(Report *report) {
+    SortFindings(report->files, &report->findings);
+    CountLevels(report);
 }
 
 } // namespace account

@@ -37,7 +37,10 @@ struct Report {
 };
 
 // Reads the deck of that path in both ways and compares them. Standard output stays as it is.
-Report CheckDeck(const std::string &path);
+Report CheckDeck(const std::string &path, const deck::Limits &limits = {});
+
+// Puts the findings of a report into the order of the deck and counts its levels.
+void PutInOrder(Report *report);
 
 } // namespace account
 

@@ -1,6 +1,7 @@
 // Elements: their dimension, orientation and type, and the nodes that none of them uses.
 #include "account/account.h"
 
+#include "abaqus/abqdeck.h"
 #include "support/lookup.h"
 
 #include <algorithm>
@@ -63,7 +64,7 @@ struct Measure {
 };
 
 Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
-    double d[3][3];
+    double d[3][3] = {};
     double longest = 0;
     for (int k = 0; k < dimension; ++k) {
         const auto a = static_cast<std::size_t>(nodes[0]);
@@ -121,8 +122,8 @@ void AccountOrientation(Account *account, const ElementRun &run) {
     tell(Code::tooSmall, small);
 }
 
-// Triangles whose nodes do not share one z.
-void AccountPlane(Account *account, const ElementRun &run, double plane, double tolerance) {
+// Triangles whose nodes do not share one z: whether there are any.
+bool AccountPlane(Account *account, const ElementRun &run, double plane, double tolerance) {
     const Mesh &mesh = account->mesh;
     Some outside;
     for (std::size_t e = run.first; e < run.first + run.count; ++e) {
@@ -136,6 +137,7 @@ void AccountPlane(Account *account, const ElementRun &run, double plane, double 
     if (outside.count > 0) {
         Add(account, Code::outOfPlane, PlaceOfLine(outside.line), {}, outside.count);
     }
+    return outside.count > 0;
 }
 
 // The z of the first triangle's first node, and how far other nodes may lie from it.
@@ -165,15 +167,36 @@ void AccountHeldRuns(Account *account) {
         if (!HoldsRun(*account, run) || run.count == 0) {
             continue;
         }
-        const bool triangles = DimensionOf(TypeOf(*account, run).shape) == 2;
-        if (triangles && !flatMesh) {
-            Add(account, Code::mixedDimension, PlaceOf(*account, SectionOf(*account, run).card), {},
-                static_cast<long long>(run.count));
+        const int dimension = DimensionOf(TypeOf(*account, run).shape);
+        if (dimension < 2) {
+            continue; // the reader takes for cells what is none to the deck, which is told of its type
+        }
+        if (dimension == 2 && !flatMesh) {
+            Add(account, Code::mixedDimension, PlaceOf(*account, SectionOf(*account, run).card),
+                {std::to_string(run.count) + " triangles stand beside tetrahedra"}, static_cast<long long>(run.count));
             continue;
         }
-        AccountOrientation(account, run);
-        if (triangles) {
-            AccountPlane(account, run, plane, tolerance);
+        if (dimension == 3 || !AccountPlane(account, run, plane, tolerance)) {
+            AccountOrientation(account, run); // what lies across the plane has no area in it
+        }
+    }
+}
+
+// One section decides the dimension of the translator's mesh, even without rows.
+void AccountDecidingSection(Account *account) {
+    const ABQCellBlock *deciding = ABQDeck()->cellBlocks;
+    while (deciding != nullptr && deciding->next != nullptr) { // the last of the list, as the hand-over takes it
+        deciding = deciding->next;
+    }
+    const int held = ABQDeck()->nDim;
+    if (deciding == nullptr || deciding->count > 0 || account->mesh.dimension == 0 || held == account->mesh.dimension) {
+        return;
+    }
+    for (std::size_t c = 0; c < account->cards.size(); ++c) {
+        const CardUse &use = account->cards[c];
+        if (use.state == CardState::held && use.readLine == deciding->nLine) {
+            Add(account, Code::mixedDimension, PlaceOf(*account, static_cast<int>(c)),
+                {"this section, which has no rows, makes it " + std::to_string(held)});
         }
     }
 }
@@ -222,6 +245,7 @@ bool LieOnEdges(const Mesh &mesh, const ElementRun &run, const std::vector<Edge>
 void AccountLines(Account *account) {
     const Mesh &mesh = account->mesh;
     std::vector<Edge> edges;
+    bool hasEdges = false;
     for (const ElementRun &run : mesh.elementRuns) {
         const deck::TypeName &type = account->deck.types[static_cast<std::size_t>(run.type)];
         const int card = SectionOf(*account, run).card;
@@ -230,8 +254,9 @@ void AccountLines(Account *account) {
             account->cards[static_cast<std::size_t>(card)].state != CardState::refused) {
             continue;
         }
-        if (edges.empty() && DimensionOf(type.type.shape) == 1) {
+        if (!hasEdges && DimensionOf(type.type.shape) == 1) {
             edges = EdgesOfCells(*account);
+            hasEdges = true;
         }
         const bool onEdges = DimensionOf(type.type.shape) == 1 && LieOnEdges(mesh, run, edges);
         const Code code = !onEdges ? Code::cannotBeKept : mesh.dimension == 2 ? Code::lineElements : Code::edgeLines;
@@ -268,6 +293,7 @@ void AccountUnusedNodes(Account *account) {
 void AccountElements(Account *account) {
     MarkUsedNodes(account);
     AccountHeldRuns(account);
+    AccountDecidingSection(account);
     AccountLines(account);
 }
 

@@ -131,6 +131,22 @@ enum class Code : unsigned char {
     numberClash,
     unknownPart,
     scopeEnds,
+    // The plain deck
+    elementRedefined,
+    surfacesUnited,
+    splitFails,
+    splitSaved,
+    strayTriangles,
+    mixedOrders,
+    skinSurface,
+    skinKnown,
+    skinSet,
+    facesLost,
+    overlapDivided,
+    nameReplaced,
+    tooManyNumbers,
+    scaledTooFar,
+    plainDeckWrong,
     // The rest
     emptyDeck,
     differs

@@ -44,8 +44,10 @@ void CompareName(Account *account, const Named &named) {
     const deck::Place place = PlaceOf(*account, named.card, parameterName);
     if (RemarkOn(*account, named.card, deck::Code::commentInside) != nullptr) {
         Add(account, Code::commentInside, place);
+        account->cards[static_cast<std::size_t>(named.card)].flawed = true; // what asks for the name does not find it
     } else if (const deck::Finding *remark = RemarkOn(*account, named.card, deck::Code::abbreviatedParameter)) {
         Add(account, Code::abbreviatedParameter, remark->place, remark->words);
+        account->cards[static_cast<std::size_t>(named.card)].flawed = true;
     } else {
         Add(account, Code::nameChanged, place, {parameter->text, named.name});
     }

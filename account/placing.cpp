@@ -206,16 +206,22 @@ void AccountFiles(Account *account) {
     const deck::Deck &deck = account->deck;
     const std::vector<char> holds = FilesWithMesh(deck);
     account->passedOver.assign(deck.files.size(), 0);
+    std::vector<const deck::Card *> includes; // of the deck's own file, by line
+    for (const deck::Card &card : deck.cards) {
+        if (card.keyword == Keyword::include && card.place.file == 0) {
+            includes.push_back(&card);
+        }
+    }
     for (std::size_t f = 1; f < deck.files.size(); ++f) {
         const int from = deck.files[f].includedFrom;
         account->passedOver[f] = from == 0 ? holds[f] : account->passedOver[static_cast<std::size_t>(from)];
         if (from != 0 || holds[f] == 0) {
             continue;
         }
-        for (const deck::Card &card : deck.cards) {
-            if (card.keyword == Keyword::include && card.place.file == 0 && card.place.line == deck.files[f].line) {
-                Add(account, Code::include, card.place, {deck.files[f].path});
-            }
+        const auto found = std::lower_bound(includes.begin(), includes.end(), deck.files[f].line,
+                                            [](const deck::Card *card, int line) { return card->lastLine < line; });
+        if (found != includes.end() && (*found)->place.line <= deck.files[f].line) {
+            Add(account, Code::include, (*found)->place, {deck.files[f].path});
         }
     }
 }

@@ -17,15 +17,6 @@ namespace {
 
 bool atWork = false;
 
-struct AtWork {
-    AtWork() {
-        atWork = true;
-    }
-    ~AtWork() {
-        atWork = false;
-    }
-};
-
 // What a section's first line of log begins with.
 struct Opening {
     const char *words;
@@ -83,7 +74,6 @@ void TakeLogLine(const std::string &line, ReadSection *section, std::vector<long
 } // namespace
 
 Reading::Reading(const char *path) {
-    const AtWork work;
     ReadSection section{};
     LogCatcher log([&](const std::string &line) { TakeLogLine(line, &section, &longLines_); });
     LineSource stream;
@@ -113,9 +103,16 @@ Reading::~Reading() {
 }
 
 void Reading::Resolve() {
-    const AtWork work;
     LogCatcher log([](const std::string &) {});
     ABQResolveDeck();
+}
+
+AtWork::AtWork() {
+    atWork = true;
+}
+
+AtWork::~AtWork() {
+    atWork = false;
 }
 
 bool ReaderAtWork() {

@@ -58,9 +58,16 @@ class Reading {
     std::vector<long long> longLines_;
 };
 
-// True while the reader's functions run. They end the process when memory is short: whoever must not end so looks here
-// from a function registered with std::atexit.
+// The reader's functions, and those of support/ that read decks and look up numbers, end the process when memory is
+// short. True while an AtWork lives: whoever must not end so looks here from a function registered with std::atexit.
 bool ReaderAtWork();
+
+struct AtWork {
+    AtWork();
+    ~AtWork();
+    AtWork(const AtWork &) = delete;
+    AtWork &operator=(const AtWork &) = delete;
+};
 
 } // namespace account
 

@@ -15,13 +15,16 @@ namespace {
 // Findings of one kind that a section reports row by row; those beyond count with the last of them.
 constexpr int kMostRowsTold = 1000;
 
+// The reader cuts a line here, wherever it stands.
+constexpr const char *kComment = "**";
+
 // Rows of a table that stand below one keyword line, in the deck's own file.
 class RowList {
   public:
     RowList() = default;
     template <class Sections> RowList(const CardUse &use, const Sections &sections) {
-        for (int i = 0; i < use.sections; ++i) {
-            const auto &section = sections[static_cast<std::size_t>(use.section + i)];
+        for (int s = use.section; s < use.section + use.sections; ++s) {
+            const auto &section = sections[static_cast<std::size_t>(s)];
             if (section.file == 0) {
                 Add(section.first, section.count);
             }
@@ -93,17 +96,21 @@ class Teller {
         return first != lines.end() && *first <= LastLineOf(*account_, card_);
     }
 
+    void TakeIn() {
+        Flaw();
+        account_->rowsTakenIn = true;
+    }
+
     void Flaw() {
         account_->cards[static_cast<std::size_t>(card_)].flawed = true;
     }
 
     // The comma at the end of the deck's last row before the next section took something in; that is told there.
     bool NextIsUnseen() const {
-        const auto &cards = account_->deck.cards;
-        for (auto next = static_cast<std::size_t>(card_) + 1; next < cards.size(); ++next) {
-            if (cards[next].place.file == 0) {
-                return account_->cards[next].state == CardState::unseen || account_->cards[next].scope == -1;
-            }
+        const int next = account_->cards[static_cast<std::size_t>(card_)].next;
+        if (next != -1) {
+            const CardUse &use = account_->cards[static_cast<std::size_t>(next)];
+            return use.state == CardState::unseen || use.scope == -1;
         }
         return true;
     }
@@ -118,15 +125,14 @@ class Teller {
 // Rows that the deck means and the reader lacks, and nothing in their place.
 void TellLost(Teller *teller, int lineBefore, std::size_t count, int firstLost) {
     const std::string rows = count == 1 ? "the next row" : "the next " + std::to_string(count) + " rows";
+    const bool longLine = teller->LongLine();
     if (lineBefore == 0) {
         teller->Tell(Code::keywordEndComma, 0, {}, static_cast<long long>(count));
-    } else if (teller->LongLine()) {
-        teller->Flaw();
-    } else if (teller->Remarked(deck::Code::rowEndComma)) {
+    } else if (!longLine && teller->Remarked(deck::Code::rowEndComma)) {
         teller->Tell(Code::rowEndComma, lineBefore, {rows}, static_cast<long long>(count));
-    } else if (teller->Remarked(deck::Code::commentInside)) {
+    } else if (!longLine && teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, lineBefore, {}, static_cast<long long>(count));
-    } else if (teller->DeckSaysOfNumbers()) {
+    } else if (longLine || teller->DeckSaysOfNumbers()) {
         teller->Flaw();
     } else {
         teller->Tell(Code::differs, firstLost, {std::to_string(count) + " rows are not held"},
@@ -151,8 +157,10 @@ void TellAltered(Teller *teller, int line, const std::string &meant, const std::
 
 // Rows that only the reader has.
 void TellExtra(Teller *teller, int line, std::size_t count) {
-    teller->Flaw();
-    if (teller->NextIsUnseen() || teller->DeckSaysOfNumbers()) {
+    teller->TakeIn();
+    const bool sectionTold =
+        teller->DeckTold(deck::Code::missingParameter) || teller->DeckTold(deck::Code::unknownType);
+    if (teller->NextIsUnseen() || teller->DeckSaysOfNumbers() || sectionTold) {
         return;
     }
     teller->Tell(Code::differs, line, {"the translator holds " + std::to_string(count) + " rows more than there are"});
@@ -171,15 +179,16 @@ void TellGaps(Teller *teller, const std::vector<Gap> &gaps, const LineOf &lineOf
         }
         if (lost == 0) {
             TellExtra(teller, before, extra);
-        } else if (extra == 0) {
-            TellLost(teller, before, lost, lineOf(gap.meant));
-        } else if (lost == extra) {
+        } else if (lost == extra && !teller->Remarked(deck::Code::rowEndComma)) {
             for (std::size_t i = 0; i < lost; ++i) {
                 TellAltered(teller, lineOf(gap.meant + i), std::to_string(meant(gap.meant + i)),
                             std::to_string(read(gap.read + i)));
             }
         } else {
             TellLost(teller, before, lost, lineOf(gap.meant));
+            if (extra > 0) {
+                teller->TakeIn();
+            }
         }
     }
 }
@@ -205,19 +214,15 @@ bool SameReal(double a, double b) {
     return a == b || (a != a && b != b);
 }
 
-// The *SYSTEM keyword line that moves the section's nodes, or -1.
-int SystemOf(const Account &account, int card) {
-    const std::vector<deck::Card> &cards = account.deck.cards;
-    for (int c = card - 1; c >= 0; --c) {
-        const deck::Keyword keyword = cards[static_cast<std::size_t>(c)].keyword;
-        if (keyword == deck::Keyword::system) {
-            return c;
-        }
-        if (keyword == deck::Keyword::endPart || keyword == deck::Keyword::part) {
-            return -1;
-        }
+// The parameter of that one word, where it is cut short: the reader does not know it then, and takes the section in.
+bool TellShortParameter(Account *account, Teller *teller, int card, const char *name) {
+    const deck::Parameter *parameter = FindParameter(account->deck.cards[static_cast<std::size_t>(card)], name);
+    if (parameter == nullptr || parameter->written.size() == std::strlen(name)) {
+        return false;
     }
-    return -1;
+    teller->Flaw();
+    Add(account, Code::abbreviatedParameter, PlaceOf(*account, card, name), {parameter->written, name});
+    return true;
 }
 
 struct NodeRow {
@@ -229,7 +234,7 @@ struct NodeRow {
 void TellCoordinates(Teller *teller, const NodeRow &row) {
     constexpr const char *kAxes[] = {"x", "y", "z"};
     int axis = 0;
-    while (SameReal(row.meant[axis], row.read[axis])) {
+    while (axis < 2 && SameReal(row.meant[axis], row.read[axis])) {
         ++axis;
     }
     const std::string meant = std::string(kAxes[axis]) + " = " + NumberText(row.meant[axis]);
@@ -240,6 +245,8 @@ void TellCoordinates(Teller *teller, const NodeRow &row) {
         teller->Tell(Code::dExponent, row.line, {meant, read});
     } else if (teller->Remarked(deck::Code::commentInside)) {
         teller->Tell(Code::commentInside, row.line, {});
+    } else if (teller->Remarked(deck::Code::rowEndComma)) {
+        teller->Tell(Code::rowEndComma, row.line, {"the next row"});
     } else if (!teller->DeckSaysOfNumbers()) {
         teller->Tell(Code::differs, row.line, {"the translator reads " + read + ", not " + meant});
     }
@@ -262,7 +269,8 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
     TellGaps(&teller, gaps, lineOf, meant, read);
 
     long long nMoved = 0;
-    const int system = SystemOf(*account, card);
+    bool shortSystem = false;
+    const int system = use.system;
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool beforeGap) {
         const std::size_t row = rows[i];
         const NodeRow pair{
@@ -278,7 +286,10 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
         }
         if (system != -1) {
             ++nMoved;
-        } else {
+            return;
+        }
+        shortSystem = shortSystem || TellShortParameter(account, &teller, card, "SYSTEM");
+        if (!shortSystem) {
             TellCoordinates(&teller, pair);
         }
     });
@@ -304,6 +315,9 @@ void CompareElementRows(Account *account, int card, const ABQCellBlock &block) {
         return;
     }
     std::size_t at = static_cast<std::size_t>(use.section); // sections and pairs both ascend
+    if (account->deck.types[static_cast<std::size_t>(table.sections[at].type)].type.kind == deck::TypeClass::unknown) {
+        teller.TakeIn(); // of such elements the deck knows no face
+    }
     ForPairs(gaps, rows.size(), nRead, [&](std::size_t i, std::size_t j, bool) {
         const std::size_t row = rows[i];
         while (row >= table.sections[at].first + table.sections[at].count) {
@@ -327,6 +341,10 @@ namespace {
 
 // A set's entry that is a name, where the reader has a number.
 void TellName(Account *account, Teller *teller, int card, int line, const std::string &name) {
+    if (name.find(kComment) != std::string::npos) {
+        teller->Tell(Code::commentInside, line, {});
+        return;
+    }
     const std::size_t dot = name.find('.');
     const auto isInstance = [&](const deck::Instance &instance) { return name.compare(0, dot, instance.name) == 0; };
     if (dot != std::string::npos &&
@@ -337,17 +355,6 @@ void TellName(Account *account, Teller *teller, int card, int line, const std::s
     }
 }
 
-// GENERATE cut short: the reader takes ranges for members.
-bool TellShortParameter(Account *account, Teller *teller, int card) {
-    const deck::Finding *remark = RemarkOn(*account, card, deck::Code::abbreviatedParameter);
-    if (remark == nullptr) {
-        return false;
-    }
-    teller->Flaw();
-    Add(account, Code::abbreviatedParameter, remark->place, remark->words);
-    return true;
-}
-
 } // namespace
 
 namespace {
@@ -355,7 +362,8 @@ namespace {
 // Entries of a set's section: numbers, or names, which the reader takes for 0.
 struct Entries {
     const deck::SetTable *table;
-    RowList rows; // positions in table->entries
+    RowList rows;           // positions in table->entries
+    bool commented = false; // a name holds what the reader takes for the begin of a comment
 
     int operator()(std::size_t i) const {
         const int entry = table->entries[rows[i]];
@@ -372,6 +380,16 @@ struct Entries {
     }
 };
 
+bool HoldsCommentInside(const Entries &entries) {
+    for (std::size_t i = 0; i < entries.rows.size() && !entries.table->names.empty(); ++i) {
+        const std::string *name = entries.NameOf(i);
+        if (name != nullptr && name->find(kComment) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant, const ABQSet &set, const Gap &gap) {
     const std::size_t extra = gap.readEnd - gap.read;
     for (std::size_t i = gap.meant; i < gap.meantEnd; ++i) {
@@ -379,9 +397,9 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         const std::size_t j = gap.read + (i - gap.meant);
         if (const std::string *name = meant.NameOf(i)) {
             TellName(account, teller, card, line, *name);
-        } else if (DeckSays(*account, deck::Code::badNumber, line, line) ||
+        } else if (meant.commented || DeckSays(*account, deck::Code::badNumber, line, line) ||
                    DeckSays(*account, deck::Code::numberRange, line, line)) {
-            teller->Flaw(); // the deck has said what is wrong with the row
+            teller->Flaw(); // it is said what is wrong with the row, or with one about it
         } else {
             TellAltered(teller, line, std::to_string(meant(i)),
                         j < gap.readEnd ? std::to_string(set.numbers[j]) : "nothing");
@@ -391,7 +409,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
         return;
     }
     teller->Flaw();
-    if (!teller->DeckSaysOfNumbers()) {
+    if (!teller->DeckSaysOfNumbers() && !meant.commented) {
         teller->Tell(Code::differs, 0,
                      {SectionName(*account, card) + ": the translator reads more members than there are"},
                      static_cast<long long>(extra));
@@ -402,7 +420,7 @@ void TellSetGap(Account *account, Teller *teller, int card, const Entries &meant
 void TellNoList(Account *account, Teller *teller, int card, deck::SetSource source) {
     if (source == deck::SetSource::surface) {
         teller->Tell(Code::noSurface, 0, {SectionName(*account, card)});
-    } else if (!TellShortParameter(account, teller, card)) {
+    } else if (!TellShortParameter(account, teller, card, source == deck::SetSource::elset ? "ELSET" : "GENERATE")) {
         teller->Tell(Code::differs, 0, {SectionName(*account, card) + " is read as a list"});
     }
 }
@@ -418,9 +436,9 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const deck::Scope &scope = account->deck.scopes[static_cast<std::size_t>(use.scope)];
     const bool ofNodes = account->deck.cards[static_cast<std::size_t>(card)].keyword == deck::Keyword::nset;
     const deck::SetTable &table = ofNodes ? scope.nodeSets : scope.elementSets;
-    Entries meant{&table, RowList()};
-    for (int s = 0; s < use.sections; ++s) {
-        const deck::SetSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+    Entries meant{&table, RowList(), false};
+    for (int s = use.section; s < use.section + use.sections; ++s) {
+        const deck::SetSection &section = table.sections[static_cast<std::size_t>(s)];
         if (section.file != 0) {
             teller.Flaw();
         } else if (section.source != deck::SetSource::rows) {
@@ -434,6 +452,7 @@ void CompareSetRows(Account *account, int card, const ABQSet &set) {
     const auto nRead = static_cast<std::size_t>(set.count);
     const auto read = [&](std::size_t j) { return set.numbers[j]; };
     const std::vector<Gap> gaps = FindGaps(meant.rows.size(), meant, nRead, read);
+    meant.commented = !gaps.empty() && HoldsCommentInside(meant);
     for (const Gap &gap : gaps) {
         TellSetGap(account, &teller, card, meant, set, gap);
     }
@@ -480,8 +499,8 @@ void CompareSurfaceRows(Account *account, int card, const ABQSurface &surface) {
     const deck::SurfaceTable &table = account->deck.scopes[static_cast<std::size_t>(use.scope)].surfaces;
     std::vector<int> meantKeys;
     std::vector<int> lines;
-    for (int s = 0; s < use.sections; ++s) {
-        const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(use.section + s)];
+    for (int s = use.section; s < use.section + use.sections; ++s) {
+        const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(s)];
         for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount && section.file == 0; ++r) {
             const deck::SurfaceRow &row = table.rows[r];
             if (row.label >= deck::Label::s1 &&

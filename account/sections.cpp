@@ -243,6 +243,27 @@ void CompareHeld(Account *account, int card, long long line, AllRecords *records
     }
 }
 
+// For each card the next one of its file, and the *SYSTEM before it.
+void FindNeighbours(Account *account) {
+    const std::vector<Card> &cards = account->deck.cards;
+    std::vector<int> before(account->deck.files.size(), -1);
+    int system = -1;
+    for (std::size_t c = 0; c < cards.size(); ++c) {
+        const Keyword keyword = cards[c].keyword;
+        account->cards[c].system = system;
+        if (keyword == Keyword::system) {
+            system = static_cast<int>(c);
+        } else if (keyword == Keyword::part || keyword == Keyword::endPart) {
+            system = -1;
+        }
+        int &last = before[static_cast<std::size_t>(cards[c].place.file)];
+        if (last != -1) {
+            account->cards[static_cast<std::size_t>(last)].next = static_cast<int>(c);
+        }
+        last = static_cast<int>(c);
+    }
+}
+
 // Gives each card of the five kinds in the deck's own file its section of the reader's, as far as there is one.
 // Sections that no card explains come back.
 std::vector<const ReadSection *> PairSections(Account *account, std::vector<const ReadSection *> *ofCard) {
@@ -297,35 +318,44 @@ void ReportUnseen(Account *account, int card, Lookback *lines) {
         {SectionName(*account, card) + " is lost: the translator does not see its keyword line"});
 }
 
+void NoteStates(Account *account, const std::vector<const ReadSection *> &ofCard) {
+    for (std::size_t c = 0; c < ofCard.size(); ++c) {
+        CardUse &use = account->cards[c];
+        if (use.state == CardState::unseen && ofCard[c] != nullptr) {
+            use.state = ofCard[c]->refusal != Refusal::kNone ? CardState::refused : CardState::held;
+            use.readLine = use.state == CardState::held ? ofCard[c]->line : -1;
+        }
+    }
+}
+
 } // namespace
 
 void MatchSections(Account *account) {
     account->cards.resize(account->deck.cards.size());
+    FindNeighbours(account);
     NoteAllSections(account);
     std::vector<const ReadSection *> ofCard(account->deck.cards.size(), nullptr);
     const std::vector<const ReadSection *> strange = PairSections(account, &ofCard);
+    NoteStates(account, ofCard); // of all, before rows are compared: those of one section may have come to another
     Lookback lines(account->deck.files[0].path);
     AllRecords records;
     for (std::size_t c = 0; c < ofCard.size(); ++c) {
-        CardUse &use = account->cards[c];
+        const CardUse &use = account->cards[c];
         const int card = static_cast<int>(c);
-        if (use.state != CardState::unseen) {
-            continue;
-        }
-        if (ofCard[c] == nullptr) {
+        if (use.state == CardState::unseen) {
             ReportUnseen(account, card, &lines);
-        } else if (ofCard[c]->refusal != Refusal::kNone) {
-            use.state = CardState::refused;
+        } else if (use.state == CardState::refused) {
             ReportRefusal(account, card, *ofCard[c]);
-        } else {
-            use.state = CardState::held;
-            use.readLine = ofCard[c]->line;
+        } else if (use.state == CardState::held) {
             CompareHeld(account, card, use.readLine, &records);
         }
     }
     for (const ReadSection *section : strange) {
-        Add(account, Code::differs, PlaceOfLine(static_cast<int>(section->line)),
-            {"the translator reads a section here, which the deck does not mean"});
+        const int line = static_cast<int>(section->line);
+        if (!DeckSays(*account, deck::Code::misspelt, line, line)) { // "*NODE** all" is *NODE to the reader
+            Add(account, Code::differs, PlaceOfLine(line),
+                {"the translator reads a section here, which the deck does not mean"});
+        }
     }
     for (const long long line : account->reading.longLines()) {
         Add(account, Code::longLine, PlaceOfLine(static_cast<int>(line)));

@@ -2,6 +2,8 @@
 #include "account/account.h"
 #include "account/records.h"
 
+#include "deck/text.h"
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -21,8 +23,10 @@ const SetSection &SectionAt(const deck::SetTable &table, int section) {
 // One set of the mesh with the reader's records of it.
 struct HeldSet {
     std::vector<const ABQSet *> records;
-    std::vector<int> cards; // of the records
-    bool whole = true;      // every section of it is held, and its rows are alike
+    std::vector<int> cards;   // of the records
+    std::vector<int> tags;    // of the records, ascending
+    std::vector<int> numbers; // that the records list, ascending; of a single one the record's own do
+    bool whole = true;        // every section of it is held, and its rows are alike
 };
 
 HeldSet FindRecords(const Account &account, const MeshSet &set, const ByLine<ABQSet> &byLine, bool ofNodes) {
@@ -45,16 +49,27 @@ HeldSet FindRecords(const Account &account, const MeshSet &set, const ByLine<ABQ
     return held;
 }
 
+// A set may have as many records as members.
+void SortRecords(HeldSet *held) {
+    for (const ABQSet *record : held->records) {
+        held->tags.push_back(record->tag);
+        if (held->records.size() > 1) {
+            held->numbers.insert(held->numbers.end(), record->numbers, record->numbers + record->count);
+        }
+    }
+    std::sort(held->tags.begin(), held->tags.end());
+    std::sort(held->numbers.begin(), held->numbers.end());
+}
+
 bool HasTag(const HeldSet &held, int tag) {
-    return std::any_of(held.records.begin(), held.records.end(),
-                       [&](const ABQSet *record) { return record->tag == tag; });
+    return std::binary_search(held.tags.begin(), held.tags.end(), tag);
 }
 
 // Whether one of the reader's records lists the number.
 bool Lists(const HeldSet &held, int number) {
-    return std::any_of(held.records.begin(), held.records.end(), [&](const ABQSet *record) {
-        return std::binary_search(record->numbers, record->numbers + record->count, number);
-    });
+    const ABQSet &first = *held.records.front();
+    return held.records.size() > 1 ? std::binary_search(held.numbers.begin(), held.numbers.end(), number)
+                                   : std::binary_search(first.numbers, first.numbers + first.count, number);
 }
 
 // What became of a set's members.
@@ -117,13 +132,15 @@ void TellStrangers(Account *account, const MeshSet &set, const HeldSet &held, lo
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || account->mayBeMissing || !account->clashingNodes.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || account->rowsTakenIn ||
+                           !account->clashingNodes.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last) ||
                            DeckSays(*account, deck::Code::numberRange, first, last);
     if (nTagged > nHeld && !explained) {
         Add(account, Code::differs, PlaceOf(*account, held.cards.front()),
-            {"the translator puts more nodes into node set " + set.plain + " than the deck does"}, nTagged - nHeld);
+            {"the translator puts more nodes into node set " + deck::Clip(set.plain) + " than the deck does"},
+            nTagged - nHeld);
     }
 }
 
@@ -133,15 +150,38 @@ void TellFate(Account *account, const MeshSet &set, const HeldSet &held, const T
     TellStrangers(account, set, held, fate.held, tagged);
     for (const auto &[tag, count] : fate.taken) {
         Add(account, Code::overlapNodes, PlaceOf(*account, card),
-            {set.plain, tagged.sets[static_cast<std::size_t>(tag)]->name}, count);
+            {deck::Clip(set.plain), tagged.sets[static_cast<std::size_t>(tag)]->name}, count);
     }
     if (fate.unused > 0) {
-        Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {set.plain}, fate.unused);
+        Add(account, Code::unusedNodeSet, PlaceOf(*account, held.cards.front()), {deck::Clip(set.plain)}, fate.unused);
     }
     if (fate.lost > 0) {
         Add(account, Code::differs, PlaceOf(*account, card),
-            {std::to_string(fate.lost) + " members of node set " + set.plain + " do not carry its tag"}, fate.lost);
+            {std::to_string(fate.lost) + " members of node set " + deck::Clip(set.plain) + " do not carry its tag"},
+            fate.lost);
     }
+}
+
+// What *NODE lines put into a set.
+struct OnNodes {
+    int card = -1; // the first of them that is held
+    std::size_t count = 0;
+    bool alone = true; // no other line makes the set
+};
+
+OnNodes FindOnNodes(const Account &account, const deck::Scope &scope, const deck::Set &set) {
+    OnNodes found;
+    for (const int s : set.sections) {
+        const SetSection &section = SectionAt(scope.nodeSets, s);
+        if (section.source != SetSource::nodes) {
+            found.alone = false;
+            continue;
+        }
+        found.count += scope.nodes.sections[static_cast<std::size_t>(section.rowsOf)].count;
+        const bool held = account.cards[static_cast<std::size_t>(section.card)].state == CardState::held;
+        found.card = found.card == -1 && held ? section.card : found.card;
+    }
+    return found;
 }
 
 // NSET= on *NODE lines.
@@ -152,20 +192,13 @@ void AccountSetsOnNodes(Account *account) {
             nNodes += section.count;
         }
         for (const deck::Set &set : scope.nodeSets.sets) {
-            std::size_t nOfSet = 0;
-            int card = -1;
-            for (const int s : set.sections) {
-                const SetSection &section = SectionAt(scope.nodeSets, s);
-                if (section.source == SetSource::nodes) {
-                    nOfSet += scope.nodes.sections[static_cast<std::size_t>(section.rowsOf)].count;
-                    const bool held = account->cards[static_cast<std::size_t>(section.card)].state == CardState::held;
-                    card = card == -1 && held ? section.card : card;
-                }
+            const OnNodes on = FindOnNodes(*account, scope, set);
+            if (on.card == -1 || (on.count == 0 && !on.alone)) {
+                continue;
             }
-            if (card != -1 && nOfSet > 0) {
-                Add(account, nOfSet == nNodes ? Code::allNodesSet : Code::setOnNode, PlaceOf(*account, card, "NSET"),
-                    {set.name}, static_cast<long long>(nOfSet));
-            }
+            const bool all = on.count == nNodes && nNodes > 0;
+            Add(account, all ? Code::allNodesSet : Code::setOnNode, PlaceOf(*account, on.card, "NSET"), {set.name},
+                static_cast<long long>(on.count));
         }
     }
 }
@@ -177,15 +210,16 @@ void AccountNodeSets(Account *account) {
         if (account->placedHeld[static_cast<std::size_t>(set.placed)] == 0) {
             continue;
         }
-        const HeldSet held = FindRecords(*account, set, byLine, true);
+        HeldSet held = FindRecords(*account, set, byLine, true);
         if (held.records.empty()) {
             continue; // what became of its sections has been told
         }
+        SortRecords(&held);
         const deck::Place place = PlaceOf(*account, held.cards.front());
         if (set.members.empty()) {
             if (held.whole &&
                 !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
-                Add(account, Code::emptySet, place, {"node set", set.plain});
+                Add(account, Code::emptySet, place, {"node set", deck::Clip(set.plain)});
             }
             continue;
         }
@@ -228,9 +262,9 @@ void AccountElementSets(Account *account) {
         }
         if (set.members.empty() && held.whole &&
             !DeckSays(*account, deck::Code::missingMember, place.line, LastLineOf(*account, held.cards.back()))) {
-            Add(account, Code::emptySet, place, {"element set", set.plain});
+            Add(account, Code::emptySet, place, {"element set", deck::Clip(set.plain)});
         } else if (usedOf[scope].count(set.plain) == 0 && ofRoot.count(set.plain) == 0) {
-            Add(account, Code::setWithoutGroup, place, {set.plain});
+            Add(account, Code::setWithoutGroup, place, {deck::Clip(set.plain)});
         }
     }
 }

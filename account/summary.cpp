@@ -7,17 +7,12 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <utility>
 
 namespace account {
 
 namespace {
-
-// Adds a type's name to those of a group, once.
-void AddType(std::string *types, const std::string &name) {
-    if (("+" + *types + "+").find("+" + name + "+") == std::string::npos) {
-        *types += (types->empty() ? "" : "+") + name;
-    }
-}
 
 // Sets that only the ELSET of *ELEMENT lines or a generator makes are groups, not sets.
 bool HasOwnSection(const Account &account, const deck::MeshSet &set) {
@@ -39,6 +34,7 @@ std::vector<Count> CountGroups(const Account &account) {
     for (const deck::CellGroup &group : mesh.groups) {
         groups.push_back({group.name, "", 0});
     }
+    std::set<std::pair<int, int>> named; // groups and their types
     for (const deck::ElementRun &run : mesh.elementRuns) {
         int lastGroup = -1;
         for (std::size_t e = run.first; e < run.first + run.count; ++e) {
@@ -48,10 +44,11 @@ std::vector<Count> CountGroups(const Account &account) {
             }
             Count &count = groups[static_cast<std::size_t>(group)];
             ++count.count;
-            if (group != lastGroup) {
-                AddType(&count.type, account.deck.types[static_cast<std::size_t>(run.type)].name);
-                lastGroup = group;
+            if (group != lastGroup && named.emplace(group, run.type).second) {
+                count.type +=
+                    (count.type.empty() ? "" : "+") + account.deck.types[static_cast<std::size_t>(run.type)].name;
             }
+            lastGroup = group;
         }
     }
     return groups;

@@ -3,9 +3,13 @@
 #include "account/records.h"
 
 #include "abaqus/abqfind.h"
+#include "deck/text.h"
 
 #include <algorithm>
 #include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace account {
 
@@ -40,23 +44,40 @@ HeldSurface FindRecords(const Account &account, const MeshSurface &surface, cons
     return held;
 }
 
-// The row of the surface at that line, with its table; null when it has none.
-const SurfaceRow *RowAt(const Account &account, const MeshSurface &surface, int line,
-                        const deck::SurfaceTable **table) {
+// A row of a surface, with its table.
+struct RowOfTable {
+    const SurfaceRow *row;
+    const deck::SurfaceTable *table;
+    bool operator<(const RowOfTable &other) const {
+        return row->line < other.row->line;
+    }
+    // What it names; empty where that is a number.
+    std::string Name() const {
+        return row->member < 0 ? table->names[static_cast<std::size_t>(-1 - row->member)] : "";
+    }
+};
+
+// The surface's rows in the deck's own file, by line.
+std::vector<RowOfTable> RowsOf(const Account &account, const MeshSurface &surface) {
+    std::vector<RowOfTable> rows;
     for (const deck::Origin &origin : surface.origins) {
-        *table = &account.deck.scopes[static_cast<std::size_t>(origin.scope)].surfaces;
-        for (const int s : (*table)->surfaces[static_cast<std::size_t>(origin.index)].sections) {
-            const deck::SurfaceSection &section = (*table)->sections[static_cast<std::size_t>(s)];
-            const auto first = (*table)->rows.begin() + static_cast<std::ptrdiff_t>(section.firstRow);
-            const auto last = first + static_cast<std::ptrdiff_t>(section.rowCount);
-            const auto found =
-                std::lower_bound(first, last, line, [](const SurfaceRow &row, int at) { return row.line < at; });
-            if (found != last && found->line == line && section.file == 0) {
-                return &*found;
+        const deck::SurfaceTable &table = account.deck.scopes[static_cast<std::size_t>(origin.scope)].surfaces;
+        for (const int s : table.surfaces[static_cast<std::size_t>(origin.index)].sections) {
+            const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(s)];
+            for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount && section.file == 0; ++r) {
+                rows.push_back({&table.rows[r], &table});
             }
         }
     }
-    return nullptr;
+    std::stable_sort(rows.begin(), rows.end());
+    return rows;
+}
+
+// The first of the rows that stands on the line, or null: it stands in an included file.
+const RowOfTable *RowAt(const std::vector<RowOfTable> &rows, int line) {
+    const auto found = std::lower_bound(rows.begin(), rows.end(), line,
+                                        [](const RowOfTable &row, int at) { return row.row->line < at; });
+    return found != rows.end() && found->row->line == line ? &*found : nullptr;
 }
 
 // Tag of the element's face as the reader has it; -1 when it has no such element or face.
@@ -81,14 +102,15 @@ struct Fate {
 
 Fate FateOf(Account *account, const MeshSurface &surface, const HeldSurface &held) {
     Fate fate;
-    const auto mine = [&](int tag) {
-        return std::any_of(held.records.begin(), held.records.end(),
-                           [&](const ABQSurface *record) { return record->tag == tag; });
-    };
+    std::vector<int> tags;
+    for (const ABQSurface *record : held.records) {
+        tags.push_back(record->tag);
+    }
+    std::sort(tags.begin(), tags.end());
     for (const Face &face : surface.faces) {
         const int tag =
             TagOfFace(account, account->mesh.elementNumber[static_cast<std::size_t>(face.element)], face.side);
-        const bool itsOwn = tag > 0 && mine(tag);
+        const bool itsOwn = tag > 0 && std::binary_search(tags.begin(), tags.end(), tag);
         fate.held += itsOwn ? 1 : 0;
         if (itsOwn || !HoldsElement(*account, face.element) ||
             std::binary_search(account->lostRows.begin(), account->lostRows.end(), face.line)) {
@@ -111,61 +133,52 @@ const char *LabelWord(Label label) {
     return label >= Label::s1 && label <= Label::sneg ? kWords[static_cast<int>(label)] : "the element";
 }
 
-// Whether the element set is known to the reader by a section of its own: true also when one was refused, which has
-// been told.
-bool HasOwnSection(const Account &account, const std::string &name) {
+// What is known of the element sets of one name, in all scopes.
+struct NamedSets {
+    bool own =
+        false; // the reader knows one by a section of its own: or would, were that not refused, which has been told
+    bool whole = true; // all are held as they are meant; else what became of them has been told
+};
+
+using SetsByName = std::unordered_map<std::string, NamedSets>;
+
+SetsByName NameSets(const Account &account) {
+    SetsByName byName;
     for (const deck::Scope &scope : account.deck.scopes) {
-        const int at = FindSet(scope.elementSets, name);
-        if (at == -1) {
-            continue;
-        }
-        for (const int s : scope.elementSets.sets[static_cast<std::size_t>(at)].sections) {
-            if (scope.elementSets.sections[static_cast<std::size_t>(s)].source != deck::SetSource::elements) {
-                return true;
+        for (const deck::Set &set : scope.elementSets.sets) {
+            NamedSets &named = byName[set.name];
+            named.whole = named.whole && set.sections.size() <= 1;
+            for (const int s : set.sections) {
+                const deck::SetSection &section = scope.elementSets.sections[static_cast<std::size_t>(s)];
+                const CardUse &use = account.cards[static_cast<std::size_t>(section.card)];
+                named.own = named.own || section.source != deck::SetSource::elements;
+                named.whole = named.whole && use.state == CardState::held && !use.flawed;
             }
         }
     }
-    return false;
+    return byName;
+}
+
+NamedSets FindNamed(const SetsByName &byName, const std::string &name) {
+    const auto found = byName.find(name);
+    return found == byName.end() ? NamedSets{} : found->second;
 }
 
 // Faces that a row means and that have no tag.
-void TellLostFaces(Account *account, const MeshSurface &surface, int line, long long count) {
-    const deck::SurfaceTable *table = nullptr;
-    const SurfaceRow *row = RowAt(*account, surface, line, &table);
-    if (row == nullptr) {
-        return; // it stands in an included file
-    }
-    const deck::Place place = PlaceOfLine(line);
-    const std::string name = row->member < 0 ? table->names[static_cast<std::size_t>(-1 - row->member)] : "";
-    if (row->label == Label::none) {
-        Add(account, Code::noLabel, place, {surface.plain}, count);
+void TellLostFaces(Account *account, const MeshSurface &surface, const RowOfTable &row, bool hasOwnSection,
+                   long long count) {
+    const deck::Place place = PlaceOfLine(row.row->line);
+    const std::string name = row.Name();
+    if (row.row->label == Label::none) {
+        Add(account, Code::noLabel, place, {deck::Clip(surface.plain)}, count);
     } else if (name.find('.') != std::string::npos && FindSet(account->deck.scopes[0].elementSets, name) == -1) {
-        Add(account, Code::instanceMember, place, {name}, count);
-    } else if (!name.empty() && !HasOwnSection(*account, name)) {
-        Add(account, Code::sectionSet, place, {surface.plain, name}, count);
+        Add(account, Code::instanceMember, place, {deck::Clip(name)}, count);
+    } else if (!name.empty() && !hasOwnSection) {
+        Add(account, Code::sectionSet, place, {deck::Clip(surface.plain), deck::Clip(name)}, count);
     } else if (name.empty()) {
-        Add(account, Code::differs, place, {std::to_string(count) + " faces of surface " + surface.plain + " are lost"},
-            count);
+        Add(account, Code::differs, place,
+            {std::to_string(count) + " faces of surface " + deck::Clip(surface.plain) + " are lost"}, count);
     }
-}
-
-// Whether the element set that lost rows name is held as it is meant; else what became of it has been told.
-bool IsWhole(const Account &account, const std::string &name) {
-    for (const deck::Scope &scope : account.deck.scopes) {
-        const int at = FindSet(scope.elementSets, name);
-        if (at == -1) {
-            continue;
-        }
-        const deck::Set &set = scope.elementSets.sets[static_cast<std::size_t>(at)];
-        for (const int s : set.sections) {
-            const deck::SetSection &section = scope.elementSets.sections[static_cast<std::size_t>(s)];
-            const CardUse &use = account.cards[static_cast<std::size_t>(section.card)];
-            if (use.state != CardState::held || use.flawed || set.sections.size() > 1) {
-                return false;
-            }
-        }
-    }
-    return true;
 }
 
 // The reader's surfaces by their tag.
@@ -188,47 +201,72 @@ struct TaggedSurfaces {
     }
 };
 
+// Whether the element sets that the surface's rows name are held as they are meant.
+bool AreSetsWhole(const Account &account, const MeshSurface &surface, const SetsByName &sets) {
+    for (const deck::Origin &origin : surface.origins) {
+        const deck::SurfaceTable &table = account.deck.scopes[static_cast<std::size_t>(origin.scope)].surfaces;
+        for (const int s : table.surfaces[static_cast<std::size_t>(origin.index)].sections) {
+            const deck::SurfaceSection &section = table.sections[static_cast<std::size_t>(s)];
+            for (std::size_t r = section.firstRow; r < section.firstRow + section.rowCount; ++r) {
+                const int member = table.rows[r].member;
+                if (member < 0 && !FindNamed(sets, table.names[static_cast<std::size_t>(-1 - member)]).whole) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
 // Faces that carry the surface's tag though the deck does not mean them, where nothing that has been told explains it.
 void TellStrangers(Account *account, const MeshSurface &surface, const HeldSurface &held, long long nHeld,
-                   const TaggedSurfaces &tagged) {
+                   const TaggedSurfaces &tagged, const SetsByName &sets) {
     long long nTagged = 0;
     for (const ABQSurface *record : held.records) {
         nTagged += tagged.counts[static_cast<std::size_t>(record->tag)];
     }
     const int first = PlaceOf(*account, held.cards.front()).line;
     const int last = LastLineOf(*account, held.cards.back());
-    const bool explained = !held.whole || account->mayBeMissing || !account->clashingElements.empty() ||
+    const bool explained = !held.whole || account->mayBeMissing || account->rowsTakenIn ||
+                           !account->clashingElements.empty() ||
                            DeckSays(*account, deck::Code::missingMember, first, last) ||
                            DeckSays(*account, deck::Code::unknownLabel, first, last) ||
                            DeckSays(*account, deck::Code::badNumber, first, last);
-    if (nTagged > nHeld && !explained) {
+    if (nTagged > nHeld && !explained && AreSetsWhole(*account, surface, sets)) {
         Add(account, Code::differs, PlaceOf(*account, held.cards.front()),
-            {"the translator puts more faces into surface " + surface.plain + " than the deck does"}, nTagged - nHeld);
+            {"the translator puts more faces into surface " + deck::Clip(surface.plain) + " than the deck does"},
+            nTagged - nHeld);
     }
 }
 
-void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &held, const TaggedSurfaces &tagged) {
+void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &held, const TaggedSurfaces &tagged,
+              const SetsByName &sets) {
     const Fate fate = FateOf(account, surface, held);
-    TellStrangers(account, surface, held, fate.held, tagged);
+    TellStrangers(account, surface, held, fate.held, tagged, sets);
     for (const auto &[tag, count] : fate.taken) {
         Add(account, Code::overlapFaces, PlaceOf(*account, held.cards.back()),
-            {surface.plain, tagged.surfaces[static_cast<std::size_t>(tag)]->name}, count);
+            {deck::Clip(surface.plain), tagged.surfaces[static_cast<std::size_t>(tag)]->name}, count);
     }
+    if (fate.shellSides.empty() && fate.lostByLine.empty()) {
+        return;
+    }
+    const std::vector<RowOfTable> rows = RowsOf(*account, surface);
     for (const auto &[line, count] : fate.shellSides) {
-        const deck::SurfaceTable *table = nullptr;
-        const SurfaceRow *row = RowAt(*account, surface, line, &table);
-        Add(account, Code::shellSide, PlaceOfLine(line), {row != nullptr ? LabelWord(row->label) : "a row"}, count);
+        const RowOfTable *row = RowAt(rows, line);
+        Add(account, Code::shellSide, PlaceOfLine(line), {row != nullptr ? LabelWord(row->row->label) : "a row"},
+            count);
     }
     for (const auto &[line, count] : fate.lostByLine) {
-        const deck::SurfaceTable *table = nullptr;
-        const SurfaceRow *row = RowAt(*account, surface, line, &table);
-        const bool byName = row != nullptr && row->member < 0;
-        const std::string name = byName ? table->names[static_cast<std::size_t>(-1 - row->member)] : "";
-        if (byName && row->label != Label::none && HasOwnSection(*account, name) && IsWhole(*account, name)) {
+        const RowOfTable *row = RowAt(rows, line);
+        if (row == nullptr) {
+            continue;
+        }
+        const NamedSets named = FindNamed(sets, row->Name());
+        if (row->row->member < 0 && row->row->label != Label::none && named.own && named.whole) {
             Add(account, Code::differs, PlaceOfLine(line),
-                {std::to_string(count) + " faces of surface " + surface.plain + " are lost"}, count);
+                {std::to_string(count) + " faces of surface " + deck::Clip(surface.plain) + " are lost"}, count);
         } else {
-            TellLostFaces(account, surface, line, count);
+            TellLostFaces(account, surface, *row, named.own, count);
         }
     }
 }
@@ -238,6 +276,7 @@ void TellFate(Account *account, const MeshSurface &surface, const HeldSurface &h
 void AccountSurfaces(Account *account) {
     const ByLine<ABQSurface> byLine(ABQDeck()->surfaces);
     const TaggedSurfaces tagged(byLine);
+    const SetsByName sets = NameSets(*account);
     for (const MeshSurface &surface : account->mesh.surfaces) {
         if (account->placedHeld[static_cast<std::size_t>(surface.placed)] == 0) {
             continue;
@@ -250,9 +289,9 @@ void AccountSurfaces(Account *account) {
         const int last = LastLineOf(*account, held.cards.back());
         if (surface.faces.empty() && held.whole && !DeckSays(*account, deck::Code::missingMember, first, last) &&
             !DeckSays(*account, deck::Code::unknownLabel, first, last)) {
-            Add(account, Code::emptySurface, PlaceOf(*account, held.cards.front()), {surface.plain});
+            Add(account, Code::emptySurface, PlaceOf(*account, held.cards.front()), {deck::Clip(surface.plain)});
         }
-        TellFate(account, surface, held, tagged);
+        TellFate(account, surface, held, tagged, sets);
     }
 }
 

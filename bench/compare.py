@@ -1,18 +1,19 @@
 #!/usr/bin/python3
 """Runs the translator beside the floor and beside other converters, and prints ratios taken in one run.
 
-  compare.py [--program PATH] [--second PATH] [--maker PATH] [--plain PATH] [--folder DIR] [--repetitions N]
+  compare.py [--program PATH] [--maker PATH] [--plain PATH] [--kivodeck PATH] [--folder DIR] [--repetitions N]
              [--types C3D4,C3D10] [--decks LIST] [--no-peers] [--quick] [--markdown PATH] [--strict]
 
-With --second (or a kivodeck beside the program) the mesh file of the base and the large deck is audited, too: it must be
-found right, and time and memory are held against the run's without --vtk.
+With --kivodeck the mesh file of the base and the large deck is audited, too: it must be found right, and time and memory
+are held against the run's without --vtk.
 
 The floor of a run is `cat deck >/dev/null` plus `cp` of the files that the run writes. Peers are those of gmsh
 (VTK to VTK of the same mesh), meshio (deck to legacy VTK) and cgx (deck to deck) that are installed. Time is the
 processor time of the whole process, user and system together. All runs are made in turn on a memory file system,
 and a figure is the median over the turns. Before anything is timed mesh.input is checked (by meshcheck, which lies
 beside the deck maker), with --plain all files and the log to the byte against a plain build's; no ratio is printed
-when one is wrong.
+when one is wrong. With --kivodeck `kivodeck check` runs in turn with the translator, on the same decks and on one as
+CAE programs write it; what it says the decks mean, and the translator holds, is checked first.
 
 Programs are those of build/ where nothing else is said. --quick makes small decks and one turn: it tries the command,
 its figures say nothing. Exit status: 0 when every output is right (with --strict: and every target is met), else 1."""
@@ -21,6 +22,8 @@ import argparse
 import collections
 import datetime
 import filecmp
+import itertools
+import json
 import os
 import platform
 import re
@@ -53,6 +56,8 @@ QUICK_MANY = ((200, 1.3), (2000, 2.0))
 SHUFFLED_LIMIT = 1.5
 SPARSE_LIMIT = 1.3
 MEMORY_LIMIT = 1.4
+CHECK_TIME_LIMIT = 1.5  # of the translator's run without --vtk
+CHECK_MEMORY_LIMIT = 3.0
 MESHIO_TIMES = 6.0
 AUDIT_LIMITS = (3.5, 3.0)  # processor time and peak memory of an audit, times those of the run without --vtk
 
@@ -150,6 +155,7 @@ class Deck:
                         re.findall(r"^(\w+)=(\d+)$", read_text(self.summary_path), re.M)}
         self.output = {}  # files and bytes written, with and without --vtk
         self.read_ns = []
+        self.checks = collections.defaultdict(list)  # usages by "run" (of the translator) or "check"
         self.taken = collections.defaultdict(list)  # usages by (has_vtk, "run" or "floor")
 
     def name(self, has_vtk):
@@ -191,7 +197,7 @@ class Deck:
 
     def audit(self):
         """The second program judges what the run has written; a mesh that is not right ends it with a status."""
-        return run_well([self.options.second, "audit", "mesh.input"], self.out(False))
+        return run_well([self.options.kivodeck, "audit", "mesh.input"], self.out(False))
 
     def check(self, has_vtk):
         print(f"checking {self.name(has_vtk)}", file=sys.stderr)
@@ -208,11 +214,46 @@ class Deck:
             shutil.rmtree(self.out(has_vtk, "plain"))
         self.output[has_vtk] = folder_bytes(out)
 
+    def check_meaning(self):
+        """What the deck means and what the translator holds are what it was made to hold."""
+        print(f"checking the check of {self.title}", file=sys.stderr)
+        log = os.path.join(self.folder, "report")
+        status = run([self.options.kivodeck, "check", "--format=json", self.path], self.folder, log).status
+        report = json.loads(read_text(log))
+        for side in ("meaning", "reading"):
+            if status not in (0, 1) or any(report[side][key] != self.summary[key] for key in ("nodes", "elements")):
+                raise Wrong(f"{self.title}: {side} is not what the deck holds")
+
+    def run_check(self):
+        usage = run([self.options.kivodeck, "check", self.path], self.folder)
+        if usage.status not in (0, 1):
+            raise Wrong(f"{self.title}: check ended with status {usage.status}")
+        return usage
+
     def time(self, has_vtk, kind="run"):
         return statistics.median(usage.seconds for usage in self.taken[has_vtk, kind])
 
     def peak(self, has_vtk):
         return max(self.taken[has_vtk, "run"], key=lambda usage: usage.kilobytes)
+
+
+class CaeDeck(Deck):
+    """Another deck's mesh, sets and surfaces as those of a part, its instance, and sets of the assembly."""
+
+    def __init__(self, base):
+        self.options, self.folder, self.summary = base.options, base.folder, base.summary
+        self.title = base.title.replace("six sections", "as from CAE")
+        self.path, self.checks = os.path.join(base.folder, "cae.inp"), collections.defaultdict(list)
+        with open(base.path) as lines, open(self.path, "w") as file:
+            file.write("*Heading\n*Part, name=BOX\n")  # line by line: this command stays small beside what it measures
+            file.writelines(itertools.dropwhile(lambda line: line != "*NODE\n", lines))
+            for section in range(1, 7):
+                file.write(f"*Solid Section, elset=SLAB_{section}, material=STEEL\n,\n")
+            file.write("*End Part\n*Assembly, name=A\n*Instance, name=BOX-1, part=BOX\n*End Instance\n")
+            for side in range(1, 7):
+                file.write(f"*Nset, nset=SET-{side}, instance=BOX-1, generate\n1, {self.summary['nodes']}, 1\n"
+                           f"*Surface, type=ELEMENT, name=SURF-{side}\nBOX-1._FACE_{side}_S1, S1\n")
+            file.write("*End Assembly\n*Material, name=STEEL\n*Elastic\n210000., 0.3\n")
 
 
 def find_peers(deck, folder):
@@ -290,15 +331,22 @@ class Bench:
         for deck in decks.values():
             for has_vtk in (False, True):
                 deck.check(has_vtk)
+        checked = [decks[key] for key in ("base", "large") if key in decks and self.options.kivodeck]
+        checked += [CaeDeck(decks["base"])] if checked else []
+        for deck in checked:
+            deck.check_meaning()
         folder = os.path.join(self.work, f"{kind}-peers")
         peers = {} if self.options.no_peers else {peer: [] for peer in find_peers(decks["base"], folder)}
         # The turn before the first is not counted: a virtual machine pays for memory that it has never used.
         for turn in range(0 if self.options.quick else -1, self.options.repetitions):
             print(f"{kind}: turn {turn + 1} of {self.options.repetitions}", file=sys.stderr)
             self.take_turn(decks, turn >= 0)
+            self.take_checks(checked, turn >= 0)
             for peer in peers if 0 <= turn < PEER_TURNS else ():
                 peers[peer].append(run_peer(peer, folder))
         self.report(kind, decks, limits, peers)
+        for deck in checked:
+            self.report_check(deck)
         for path in (folder, *(deck.folder for deck in decks.values())):
             shutil.rmtree(path, ignore_errors=True)
 
@@ -308,11 +356,28 @@ class Bench:
                 usages = {"run": deck.translate_again(has_vtk)}
                 if key in ("base", "large"):
                     usages["floor"] = deck.floor(has_vtk)
-                    if self.options.second and not has_vtk:
+                    if self.options.kivodeck and not has_vtk:
                         usages["audit"] = deck.audit()
                 shutil.rmtree(deck.out(has_vtk))
                 for job, usage in usages.items() if is_counted else ():
                     deck.taken[has_vtk, job].append(usage)
+
+    def take_checks(self, checked, is_counted):
+        for deck in checked:
+            usages = {"run": deck.translate(False), "check": deck.run_check()}
+            shutil.rmtree(deck.out(False))
+            for job, usage in usages.items() if is_counted else ():
+                deck.checks[job].append(usage)
+
+    def report_check(self, deck):
+        seconds, kilobytes = [], []
+        for job, usages in deck.checks.items():
+            self.add_job(f"{deck.title}: {job} beside {'check' if job == 'run' else 'run'}", usages)
+            seconds.append(statistics.median(usage.seconds for usage in usages))
+            kilobytes.append(max(usage.kilobytes for usage in usages))
+        self.add_ratio(f"{deck.title}: check, times the translator's run", seconds[1] / seconds[0], CHECK_TIME_LIMIT)
+        self.add_ratio(f"{deck.title}: peak of check, times the translator's", kilobytes[1] / kilobytes[0],
+                       CHECK_MEMORY_LIMIT)
 
     def report(self, kind, decks, limits, peers):
         for deck in decks.values():
@@ -333,7 +398,7 @@ class Bench:
         for deck in [decks[key] for key in ("base", "large") if key in decks]:
             for has_vtk in (False, True):
                 self.report_memory(deck, has_vtk)
-            if self.options.second:
+            if self.options.kivodeck:
                 self.report_audit(deck)
         self.report_peers(kind, decks["base"].time(True), peers)
 
@@ -449,9 +514,9 @@ def make_page(bench):
 def read_options():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", default=os.path.join(BUILD, "KIVOm"), help="the translator")
-    parser.add_argument("--second", help="kivodeck (default: the one beside the program, if there is one)")
     parser.add_argument("--maker", default=os.path.join(BUILD, "bench", "makedeck"), help="the deck maker")
     parser.add_argument("--plain", help="a plain build of the translator whose files must be the same")
+    parser.add_argument("--kivodeck", help="the second program, whose check and audit are measured beside the translator")
     parser.add_argument("--folder", default="/dev/shm", help="where to work, a memory file system (default /dev/shm)")
     parser.add_argument("--repetitions", type=int, default=7, help="turns (default 7)")
     parser.add_argument("--types", default="C3D4,C3D10")
@@ -462,9 +527,7 @@ def read_options():
     parser.add_argument("--markdown", help="also write the page to this file")
     parser.add_argument("--strict", action="store_true", help="fail when a target is missed")
     options = parser.parse_args()
-    beside = os.path.join(os.path.dirname(options.program), "kivodeck")
-    options.second = options.second or (beside if os.path.exists(beside) else None)
-    for name in ("program", "second", "maker", "plain"):
+    for name in ("program", "maker", "plain", "kivodeck"):
         path = getattr(options, name)
         if path and not os.access(path, os.X_OK):
             parser.error(f"--{name}: no program at {path}")

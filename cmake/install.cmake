@@ -1,6 +1,6 @@
 # Installing, uninstalling and packing.
 #
-#   cmake --install BUILD [--prefix DIR]      program, man page, documents, examples
+#   cmake --install BUILD [--prefix DIR]      programs, man pages, documents, examples
 #   cmake --build BUILD --target uninstall    removes what the last install put there, but folders such as bin
 #   cpack --config BUILD/CPackConfig.cmake    a Debian package
 #
@@ -54,7 +54,8 @@ set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "Reads nodes, triangles, tetrahedra, sets and surfaces of an Abaqus input
 deck, turns elements that are listed the wrong way round, gives the elements
 of \"C_\" groups nodes of their own, and writes the mesh file of the KIVO
-solver. On request it writes the mesh as VTK files, too.")
+solver. On request it writes the mesh as VTK files, too. A second program,
+kivodeck, tells of a deck what the translator will not hold.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE

@@ -152,7 +152,7 @@ void ListPlaced(Assembling *a) {
         if (deck.instances.empty()) {
             placed.push_back({scope.name, -1, static_cast<int>(s), -1});
         } else {
-            a->Find(Code::partUnused, deck.cards[static_cast<std::size_t>(scope.card)].place, {scope.written});
+            a->Find(Code::partUnused, deck.cards[static_cast<std::size_t>(scope.card)].place, {Clip(scope.written)});
         }
     }
     a->nNamed = placed.size();
@@ -257,21 +257,56 @@ void PlaceOne(Assembling *a, int at, bool moveNodes, bool moveElements) {
     placed.nElements = mesh.elementNumber.size() - placed.firstElement;
 }
 
+// What a scope brings to each place where it is put.
+struct Load {
+    std::size_t nodes = 0;
+    std::size_t elements = 0;
+    std::size_t entries = 0; // rows of sets and surfaces
+    std::size_t records = 0; // sections, sets, surfaces, assignments, and their names
+};
+
+template <class List> std::size_t CountRecords(const List &named) {
+    constexpr std::size_t kNameOfRecord = 100; // characters that weigh as much
+    std::size_t n = named.size();
+    for (const auto &one : named) {
+        n += one.name.size() / kNameOfRecord;
+    }
+    return n;
+}
+
+Load LoadOf(const Scope &scope) {
+    const std::size_t entries =
+        scope.nodeSets.entries.size() + scope.elementSets.entries.size() + scope.surfaces.rows.size();
+    const std::size_t sections = scope.nodes.sections.size() + scope.elements.sections.size() +
+                                 scope.nodeSets.sections.size() + scope.elementSets.sections.size() +
+                                 scope.surfaces.sections.size() + scope.assignments.size();
+    const std::size_t named = CountRecords(scope.nodeSets.sets) + CountRecords(scope.elementSets.sets) +
+                              CountRecords(scope.surfaces.surfaces);
+    return {scope.nodes.number.size(), scope.elements.number.size(), entries, sections + named};
+}
+
 // Instances that would make a mesh out of proportion to the deck, whose own mesh is always taken.
 bool IsTooMuch(const Assembling &a) {
     constexpr std::size_t kMost = kMostInRange;
+    constexpr std::size_t kMostRecords = kMost / 25; // each is some hundred bytes
     if (a.nNamed < 2) {
         return false;
     }
-    std::size_t nodes = 0;
-    std::size_t elements = 0;
+    std::vector<Load> loads;
+    for (const Scope &scope : a.deck->scopes) {
+        loads.push_back(LoadOf(scope));
+    }
+    Load all;
     for (const Placed &placed : a.mesh->placed) {
         for (const int scope : {placed.part, placed.own}) {
-            nodes += scope < 0 ? 0 : a.deck->scopes[static_cast<std::size_t>(scope)].nodes.number.size();
-            elements += scope < 0 ? 0 : a.deck->scopes[static_cast<std::size_t>(scope)].elements.number.size();
+            const Load load = scope < 0 ? Load{} : loads[static_cast<std::size_t>(scope)];
+            all.nodes += load.nodes;
+            all.elements += load.elements;
+            all.entries += load.entries;
+            all.records += load.records;
         }
     }
-    return nodes > kMost || elements > kMost;
+    return all.nodes > kMost || all.elements > kMost || all.entries > kMost || all.records > kMostRecords;
 }
 
 void ConnectRun(Assembling *a, const ElementRun &run) {
@@ -369,7 +404,7 @@ Named FindNamed(const Assembling &a, int placed, NameMap PlacedNames::*kind, con
         const std::string behind = name.substr(dot + 1);
         const auto instance = a.placedByName.find(before);
         if (instance == a.placedByName.end()) {
-            if (before == "ASSEMBLY") { // as reports write it
+            if (before == "ASSEMBLY" && behind.compare(0, dot + 1, "ASSEMBLY.") != 0) { // as reports write it
                 return FindNamed(a, placed, kind, behind);
             }
             continue;

@@ -98,7 +98,7 @@ struct Mesh {
     std::vector<int> group;      // of each element: position in groups
     std::vector<int> assignment; // of each element: the last section that assigns it, in assignments; -1 without
 
-    std::vector<CellGroup> groups; // in the order of their first element
+    std::vector<CellGroup> groups; // in the order of their first section; one that names its group may be empty
     std::vector<MeshSet> nodeSets;
     std::vector<MeshSet> elementSets;
     std::vector<MeshSurface> surfaces;

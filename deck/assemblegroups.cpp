@@ -16,20 +16,35 @@ constexpr int kNotYet = -2; // no assignment, and not "none" either
 // Groups by the placed part and the name.
 using GroupMap = std::map<std::pair<int, std::string>, int>;
 
-// Marks the set's elements with the assignment that it is about; later ones take over.
+// Lists the assignment with the set that it is about.
 void Assign(Assembling *a, int placed, int scope, int index) {
     Mesh &mesh = *a->mesh;
     const Assignment &assignment = a->At(scope).assignments[static_cast<std::size_t>(index)];
     const Named named = FindNamed(*a, placed, &PlacedNames::elementSets, assignment.elset);
-    const int made = static_cast<int>(mesh.assignments.size());
     mesh.assignments.push_back({placed, scope, index, named.index});
-    const Card &card = a->deck->cards[static_cast<std::size_t>(assignment.card)];
     if (named.index < 0) {
-        a->Find(Code::missingMember, card.place, {assignment.elset, card.name});
-        return;
+        const Card &card = a->deck->cards[static_cast<std::size_t>(assignment.card)];
+        a->Find(Code::missingMember, card.place, {Clip(assignment.elset), Clip(card.name)});
     }
-    for (const int element : mesh.elementSets[static_cast<std::size_t>(named.index)].members) {
-        mesh.assignment[static_cast<std::size_t>(element)] = made;
+}
+
+// Marks the sets' elements with the assignment that they are in; later ones take over. A set that is assigned again
+// later need not be looked at before.
+void MarkAssigned(Mesh *mesh) {
+    std::vector<int> lastOf(mesh->elementSets.size(), -1);
+    for (std::size_t i = 0; i < mesh->assignments.size(); ++i) {
+        if (mesh->assignments[i].set >= 0) {
+            lastOf[static_cast<std::size_t>(mesh->assignments[i].set)] = static_cast<int>(i);
+        }
+    }
+    for (std::size_t i = 0; i < mesh->assignments.size(); ++i) {
+        const int set = mesh->assignments[i].set;
+        if (set < 0 || lastOf[static_cast<std::size_t>(set)] != static_cast<int>(i)) {
+            continue;
+        }
+        for (const int element : mesh->elementSets[static_cast<std::size_t>(set)].members) {
+            mesh->assignment[static_cast<std::size_t>(element)] = static_cast<int>(i);
+        }
     }
 }
 
@@ -43,30 +58,62 @@ int GroupNamed(Assembling *a, GroupMap *groups, int placed, const std::string &p
     return put.first->second;
 }
 
+// Groups by name, and those that sets have made: neighbours may lie in sets with long names, in turn.
+struct Groups {
+    GroupMap named;
+    GroupMap scopes; // a set may have the name of an instance
+    std::vector<int> ofSet;
+};
+
 // The group of a section's set.
-int GroupOfSet(Assembling *a, GroupMap *named, int assigned) {
-    const Mesh::Assigned &by = a->mesh->assignments[static_cast<std::size_t>(assigned)];
-    const MeshSet &set = a->mesh->elementSets[static_cast<std::size_t>(by.set)];
-    return GroupNamed(a, named, set.placed, set.plain, GroupFrom::section);
+int GroupOfSet(Assembling *a, Groups *groups, int assigned) {
+    const auto at = static_cast<std::size_t>(a->mesh->assignments[static_cast<std::size_t>(assigned)].set);
+    groups->ofSet.resize(a->mesh->elementSets.size(), -1);
+    if (groups->ofSet[at] == -1) {
+        const MeshSet &set = a->mesh->elementSets[at];
+        groups->ofSet[at] = GroupNamed(a, &groups->named, set.placed, set.plain, GroupFrom::section);
+    }
+    return groups->ofSet[at];
 }
 
-void GroupRun(Assembling *a, const ElementRun &run, GroupMap *named, GroupMap *scopes) {
+void GroupRun(Assembling *a, const ElementRun &run, Groups *groups) {
     Mesh &mesh = *a->mesh;
     const ElementSection &section = a->At(run.scope).elements.sections[static_cast<std::size_t>(run.section)];
-    const int whole = section.elset.empty() ? -1 : GroupNamed(a, named, run.placed, section.elset, GroupFrom::elset);
+    const int whole =
+        section.elset.empty() ? -1 : GroupNamed(a, &groups->named, run.placed, section.elset, GroupFrom::elset);
     const std::string &instance = mesh.placed[static_cast<std::size_t>(run.placed)].name;
     int before = kNotYet; // neighbours mostly have one section
     int group = whole;
     for (std::size_t e = run.first; e < run.first + run.count; ++e) {
         const int assigned = mesh.assignment[e];
         if (whole < 0 && assigned != before) {
-            group = assigned < 0
-                        ? GroupNamed(a, scopes, run.placed, instance.empty() ? kAll : instance, GroupFrom::scope)
-                        : GroupOfSet(a, named, assigned);
+            group = assigned < 0 ? GroupNamed(a, &groups->scopes, run.placed, instance.empty() ? kAll : instance,
+                                              GroupFrom::scope)
+                                 : GroupOfSet(a, groups, assigned);
             before = assigned;
         }
         mesh.group[e] = group;
     }
+}
+
+// Whether the section, which has no rows, makes a group all the same: the *ELEMENT line of a type that makes cells.
+bool MakesEmptyGroup(const Assembling &a, const ElementSection &section) {
+    const TypeClass kind = a.deck->types[static_cast<std::size_t>(section.type)].type.kind;
+    const bool cells = kind == TypeClass::cell || kind == TypeClass::sameShape || kind == TypeClass::split;
+    return cells && !section.elset.empty() &&
+           a.deck->cards[static_cast<std::size_t>(section.card)].keyword == Keyword::element;
+}
+
+// The groups of one scope's sections; returns the run behind theirs.
+std::size_t GroupSections(Assembling *a, int placed, int scope, std::size_t run, Groups *groups) {
+    for (const ElementSection &section : a->At(scope).elements.sections) {
+        if (section.count > 0) {
+            GroupRun(a, a->mesh->elementRuns[run++], groups);
+        } else if (MakesEmptyGroup(*a, section)) {
+            GroupNamed(a, &groups->named, placed, section.elset, GroupFrom::elset);
+        }
+    }
+    return run;
 }
 
 } // namespace
@@ -82,10 +129,13 @@ void AssembleGroups(Assembling *a) {
             }
         }
     }
-    GroupMap named;
-    GroupMap scopes; // a set may have the name of an instance
-    for (const ElementRun &run : mesh.elementRuns) {
-        GroupRun(a, run, &named, &scopes);
+    MarkAssigned(&mesh);
+    Groups groups;
+    std::size_t run = 0; // they stand in the order of the sections that have rows
+    for (int placed = 0; placed <= a->Root(); ++placed) {
+        for (const Slot &slot : a->slots[static_cast<std::size_t>(placed)]) {
+            run = GroupSections(a, placed, slot.scope, run, &groups);
+        }
     }
 }
 

@@ -62,6 +62,14 @@ void Wait(const At &at, int on, const Place &place) {
     at.a->waiting.place.emplace(code, place);
 }
 
+// Before a list must grow it gives up what it has twice: rows may name one large set many times.
+void MakeRoom(std::vector<int> *list, std::size_t more) {
+    if (list->size() + more > list->capacity() && !list->empty()) {
+        SortOnce(list);
+        list->reserve(std::max(list->size() + more, 2 * list->size()));
+    }
+}
+
 // Takes what the other set (a code) holds now and waits for what that one waits for.
 void Take(const At &at, int kind, int index, const Place &place) {
     std::vector<int> &from = (*SetsOf(at.a, kind))[static_cast<std::size_t>(index)].members;
@@ -69,15 +77,17 @@ void Take(const At &at, int kind, int index, const Place &place) {
     if (&from == &to) {
         return; // itself
     }
-    SortOnce(&from);
     const auto waits = at.a->waiting.on.find(CodeOf(kind, index));
     const std::size_t nWaits = waits == at.a->waiting.on.end() ? 0 : waits->second.size();
     if (!at.a->MayTake(from.size() + nWaits, place, at.Set().plain)) {
         return;
     }
+    SortOnce(&from);
     if (kind == at.step.kind) {
+        MakeRoom(&to, from.size());
         to.insert(to.end(), from.begin(), from.end());
     } else {
+        MakeRoom(&to, from.size());
         for (const int element : from) {
             AddNodesOfElement(*at.a->mesh, element, &to);
         }
@@ -104,7 +114,7 @@ bool TakeNamed(const At &at, int kind, const std::string &name, const Place &pla
         return position >= 0 && kind == at.step.kind;
     }
     if (named.placed == at.placed && at.a->waiting.begun[kind][static_cast<std::size_t>(named.index)] == 0) {
-        at.a->Find(Code::setLater, place, {name, at.Set().plain});
+        at.a->Find(Code::setLater, place, {Clip(name), Clip(at.Set().plain)});
         Wait(at, CodeOf(kind, named.index), place);
         return true;
     }
@@ -136,7 +146,7 @@ void TakeRow(const At &at, std::size_t row) {
         }
     }
     if (nMissing > 0) {
-        at.a->Find(Code::missingMember, at.PlaceOfRow(row), {missing, at.Set().plain}, nMissing);
+        at.a->Find(Code::missingMember, at.PlaceOfRow(row), {Clip(missing), Clip(at.Set().plain)}, nMissing);
     }
 }
 
@@ -145,14 +155,10 @@ void TakeRange(const At &at, std::size_t row) {
     for (const Slot &slot : at.a->slots[static_cast<std::size_t>(at.members)]) {
         const auto scope = static_cast<std::size_t>(slot.scope);
         std::vector<int> &members = at.Set().members;
-        const std::size_t before = members.size();
-        if (at.step.kind == kNodes) {
-            at.a->nodeIndex[scope].AddRange(range, static_cast<int>(slot.firstNode), &members);
-        } else {
-            at.a->elementIndex[scope].AddRange(range, static_cast<int>(slot.firstElement), &members);
-        }
-        if (!at.a->MayTake(members.size() - before, at.PlaceOfRow(row), at.Set().plain)) {
-            members.resize(before);
+        const bool ofNodes = at.step.kind == kNodes;
+        const NumberIndex &index = (ofNodes ? at.a->nodeIndex : at.a->elementIndex)[scope];
+        if (at.a->MayTake(index.CountLooks(range), at.PlaceOfRow(row), at.Set().plain)) {
+            index.AddRange(range, static_cast<int>(ofNodes ? slot.firstNode : slot.firstElement), &members);
         }
     }
 }
@@ -190,7 +196,7 @@ void TakeSource(const At &at) {
     }
     if (section.source == SetSource::elset) {
         if (!TakeNamed(at, kElements, section.sourceName, at.PlaceOfCard())) {
-            at.a->Find(Code::missingMember, at.PlaceOfCard(), {section.sourceName, at.Set().plain});
+            at.a->Find(Code::missingMember, at.PlaceOfCard(), {Clip(section.sourceName), Clip(at.Set().plain)});
         }
         return;
     }
@@ -214,7 +220,7 @@ void TakeStep(Assembling *a, int placed, const Step &step) {
     if (!section.instance.empty()) {
         const auto instance = a->placedByName.find(section.instance);
         if (instance == a->placedByName.end()) {
-            a->Find(Code::missingMember, at.PlaceOfCard(), {section.instance, at.Set().plain});
+            a->Find(Code::missingMember, at.PlaceOfCard(), {Clip(section.instance), Clip(at.Set().plain)});
             return;
         }
         at.members = instance->second;
@@ -309,7 +315,7 @@ void Settle(Assembling *a, int first, std::unordered_map<int, int> *states) {
         if (state == kOpen) {
             const MeshSet &set =
                 (*SetsOf(a, level.code % kCodesASet))[static_cast<std::size_t>(level.code / kCodesASet)];
-            a->Find(Code::setCycle, a->waiting.place[level.code], {set.plain});
+            a->Find(Code::setCycle, a->waiting.place[level.code], {Clip(set.plain)});
         } else if (state == kNew) {
             open(on);
         }
@@ -338,7 +344,7 @@ void SettleAll(Assembling *a, int kind) {
 void TakeSurfaceNodes(Assembling *a, SurfaceWanted *wanted) {
     const Named named = FindNamed(*a, wanted->placed, &PlacedNames::surfaces, wanted->surface);
     if (named.index < 0) {
-        a->Find(Code::missingMember, wanted->place, {wanted->surface, wanted->set});
+        a->Find(Code::missingMember, wanted->place, {Clip(wanted->surface), Clip(wanted->set)});
         return;
     }
     const std::vector<Face> &faces = a->mesh->surfaces[static_cast<std::size_t>(named.index)].faces;

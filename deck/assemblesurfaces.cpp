@@ -129,11 +129,15 @@ template <class F> void ForRows(const Assembling &a, const MeshSurface &surface,
 // Elements that rows without label name.
 std::vector<char> UnlabelledElements(const Assembling &a) {
     std::vector<char> wanted;
+    std::vector<char> seen(a.mesh->elementSets.size(), 0);
     for (const MeshSurface &surface : a.mesh->surfaces) {
         ForRows(a, surface, [&](const SurfaceTable &table, const SurfaceSection &section, const SurfaceRow &row) {
             RowMeaning meaning;
             if (section.kind != SurfaceKind::element || row.label != Label::none ||
                 !MeanRow(a, surface, table, row, &meaning)) {
+                return;
+            }
+            if (meaning.set >= 0 && std::exchange(seen[static_cast<std::size_t>(meaning.set)], 1) != 0) {
                 return;
             }
             wanted.resize(a.mesh->elementNumber.size(), 0);
@@ -205,7 +209,7 @@ void AddFreeFaces(Assembling *a, const FaceCounts &counts, const RowMeaning &mea
     }
     const long long among = CountFreeAmong(*a, meaning);
     if (among > nFree) {
-        a->Find(Code::noLabel, place, {meaning.word, surface->plain}, among - nFree);
+        a->Find(Code::noLabel, place, {Clip(meaning.word), Clip(surface->plain)}, among - nFree);
     }
 }
 
@@ -216,10 +220,11 @@ void AddElementRow(Assembling *a, const FaceCounts &counts, const SurfaceTable &
                    const Place &place, Seen *seen, MeshSurface *surface) {
     RowMeaning meaning;
     if (!MeanRow(*a, *surface, table, row, &meaning)) {
-        a->Find(Code::missingMember, place, {meaning.word, surface->plain});
+        a->Find(Code::missingMember, place, {Clip(meaning.word), Clip(surface->plain)});
         return;
     }
-    if (!a->MayTake(meaning.count, place, surface->plain) ||
+    constexpr std::size_t kFreeFace = 8; // looking for free faces takes as long as so many named ones
+    if (!a->MayTake(row.label == Label::none ? kFreeFace * meaning.count : meaning.count, place, surface->plain) ||
         (meaning.set >= 0 && !seen->emplace(meaning.set, static_cast<int>(row.label)).second)) {
         return; // the same set and label again bring nothing
     }
@@ -238,7 +243,7 @@ void AddElementRow(Assembling *a, const FaceCounts &counts, const SurfaceTable &
         constexpr const char *kWords[] = {"S1", "S2", "S3", "S4", "S5", "S6", "E1", "E2", "E3", "E4", "SPOS", "SNEG"};
         const std::string label = row.labelWord >= 0 ? table.names[static_cast<std::size_t>(row.labelWord)]
                                                      : kWords[static_cast<std::size_t>(row.label)];
-        a->Find(Code::unknownLabel, place, {label, surface->plain});
+        a->Find(Code::unknownLabel, place, {label, Clip(surface->plain)});
     }
 }
 
@@ -315,7 +320,7 @@ std::vector<Part> PartsOf(Assembling *a, const MeshSurface &surface) {
         const std::string &name = table.names[static_cast<std::size_t>(-1 - row.member)];
         const Named named = FindNamed(*a, surface.placed, &PlacedNames::surfaces, name);
         if (named.index < 0) {
-            a->Find(Code::missingMember, {section.file, row.line, 1}, {name, surface.plain});
+            a->Find(Code::missingMember, {section.file, row.line, 1}, {Clip(name), Clip(surface.plain)});
         } else if (seen.insert(named.index).second || section.combine != Combine::unite) {
             parts.push_back({named.index, section.combine});
         }
@@ -334,10 +339,12 @@ Place PlaceOf(const Assembling &a, const MeshSurface &surface) {
 void CombineParts(Assembling *a, const std::vector<Part> &parts, MeshSurface *surface) {
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const std::vector<Face> &from = a->mesh->surfaces[static_cast<std::size_t>(parts[i].surface)].faces;
-        if (&from == &surface->faces || !a->MayTake(from.size(), PlaceOf(*a, *surface), surface->plain)) {
+        const bool adds = i == 0 || parts[i].combine == Combine::unite;
+        const std::size_t count = from.size() + (adds ? 0 : surface->faces.size());
+        if (&from == &surface->faces || !a->MayTake(count, PlaceOf(*a, *surface), surface->plain)) {
             continue; // itself, which is said
         }
-        if (i == 0 || parts[i].combine == Combine::unite) {
+        if (adds) {
             surface->faces.insert(surface->faces.end(), from.begin(), from.end());
         } else {
             KeepIf(&surface->faces, from, parts[i].combine == Combine::intersect);
@@ -388,7 +395,7 @@ void CombineAll(Assembling *a) {
             }
             const int named = level.parts[level.next++].surface;
             if (state[static_cast<std::size_t>(named)] == kOpen) {
-                a->Find(Code::setCycle, PlaceOf(*a, surfaces[at]), {surfaces[at].plain});
+                a->Find(Code::setCycle, PlaceOf(*a, surfaces[at]), {Clip(surfaces[at].plain)});
             } else if (state[static_cast<std::size_t>(named)] == kNew) {
                 open(named);
             }
@@ -465,7 +472,7 @@ void AddNodeRows(Assembling *a, MeshSurface *surface) {
             position = named.placed < 0 ? -1 : FindNode(*a, named.placed, named.number);
         }
         if (position < 0) {
-            a->Find(Code::missingMember, {section.file, row.line, 1}, {word, surface->plain});
+            a->Find(Code::missingMember, {section.file, row.line, 1}, {Clip(word), Clip(surface->plain)});
         } else {
             surface->nodes.push_back(position);
         }

@@ -5,7 +5,9 @@
 #include "deck/assemble.h"
 #include "deck/numberindex.h"
 #include "deck/tally.h"
+#include "deck/text.h"
 
+#include <algorithm>
 #include <deque>
 #include <set>
 #include <string>
@@ -74,10 +76,17 @@ struct Assembling {
     // short, and stand in a deck many times. A finding where not.
     bool MayTake(std::size_t count, const Place &place, const std::string &name) {
         taken += static_cast<long long>(count);
-        if (taken > kMostInRange) {
-            Find(Code::tooMany, place, {name, std::to_string(taken)});
+        if (taken > MostTaken()) {
+            Find(Code::tooMany, place, {Clip(name), std::to_string(taken)});
         }
-        return taken <= kMostInRange;
+        return taken <= MostTaken();
+    }
+    // In proportion to the mesh: each of its nodes and elements may be in some fifty sets and surfaces.
+    long long MostTaken() const {
+        constexpr std::size_t kAlways = 4000000;
+        constexpr std::size_t kOfEach = 50;
+        const std::size_t most = kAlways + kOfEach * (mesh->nodeNumber.size() + mesh->elementNumber.size());
+        return std::min(kMostInRange, static_cast<long long>(most));
     }
     int Root() const {
         return static_cast<int>(mesh->placed.size()) - 1;

@@ -40,6 +40,7 @@ struct Building {
     int scope = 0;
     int order = 0;           // of the next section of a set or surface
     long long generated = 0; // rows made by generators so far
+    long long looked = 0;    // see MayLook
     bool hasSystem = false;  // a *SYSTEM is in force
     Frame system;
     std::map<std::string, int> typeByName; // positions in Deck::types
@@ -52,6 +53,14 @@ struct Building {
     }
     const Card &At(int card) const {
         return deck->cards[static_cast<std::size_t>(card)];
+    }
+    // Whether generators may look at so many more members of sets: each asks for the whole set. A finding where not.
+    bool MayLook(std::size_t count) {
+        looked += static_cast<long long>(count);
+        if (looked > kMostInRange) {
+            cards.Find(Code::tooMany, deck->cards.back().place, {deck->cards.back().name});
+        }
+        return looked <= kMostInRange;
     }
 };
 

@@ -15,7 +15,7 @@ namespace deck {
 
 class CardReader {
   public:
-    explicit CardReader(Deck *deck) : deck_(deck), source_(deck) {}
+    explicit CardReader(Deck *deck) : deck_(deck), source_(deck, &tally_) {}
 
     bool Open(const std::string &path) {
         return source_.Open(path);
@@ -55,10 +55,10 @@ class CardReader {
     const KeywordMeant &Meant(const std::string &text);
 
     Deck *deck_;
+    Tally tally_;
     Source source_;
     std::map<std::string, KeywordMeant> known_; // keywords met before
     std::vector<Field> fields_;
-    Tally tally_;
     bool unheaded_ = true; // no keyword yet
 };
 

@@ -140,7 +140,7 @@ void BeginSection(Building *b, int card, int file, int type, int width, bool con
     const std::string name = elset == nullptr ? "" : elset->value;
     elements.sections.push_back(
         {card, file, elements.number.size(), 0, continued, type, width, elements.nodes.size(), name, b->order});
-    if (!name.empty()) {
+    if (elset != nullptr && !name.empty()) {
         SetSection *section = BeginSetSection(b, &scope.elementSets, card, *elset, SetSource::elements);
         section->file = file;
         section->rowsOf = static_cast<int>(elements.sections.size()) - 1;

@@ -12,7 +12,8 @@ constexpr std::size_t kFewestSlots = 1024;
 
 // Spreads consecutive numbers, and those of a fixed stride, over the slots.
 std::size_t Spread(int number) {
-    return static_cast<std::size_t>(static_cast<unsigned>(number) * 2654435761u);
+    const unsigned spread = static_cast<unsigned>(number) * 2654435761u;
+    return spread;
 }
 
 } // namespace

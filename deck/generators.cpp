@@ -230,7 +230,7 @@ bool ReadFillRow(Building *b, int card, const Line &line, std::vector<int> *ends
     return true;
 }
 
-void PutIntoSet(Building *b, SetTable *table, int card, const char *word, std::vector<int> numbers, int line) {
+void PutIntoSet(Building *b, SetTable *table, int card, const char *word, const std::vector<int> &numbers, int line) {
     const Parameter *name = FindParameter(b->At(card), word);
     if (name != nullptr && !name->value.empty()) {
         BeginSetSection(b, table, card, *name, SetSource::generated);
@@ -441,7 +441,7 @@ void GenerateFill(Building *b, int card) {
         for (std::size_t i = 0; i < pairs && FillPair(b, card, line, ends[0][i], ends[1][i], steps, &made); ++i) {
         }
     }
-    PutIntoSet(b, &b->Here().nodeSets, card, "NSET", std::move(made), last);
+    PutIntoSet(b, &b->Here().nodeSets, card, "NSET", made, last);
 }
 
 void CopyNodes(Building *b, int card) {
@@ -475,7 +475,7 @@ void CopyNodes(Building *b, int card) {
     SetTable &sets = b->Here().nodeSets;
     const bool isNew = FindSet(sets, ValueOf(b->At(card), "NEW SET")) < 0;
     const std::size_t before = sets.sections.size();
-    PutIntoSet(b, &sets, card, "NEW SET", std::move(made), b->At(card).place.line);
+    PutIntoSet(b, &sets, card, "NEW SET", made, b->At(card).place.line);
     if (sets.sections.size() > before) {
         sets.sections.back().unsorted = unsorted && isNew;
     }
@@ -484,7 +484,7 @@ void CopyNodes(Building *b, int card) {
 void GenerateElements(Building *b, int card) {
     const Parameter *elset = FindParameter(b->At(card), "ELSET");
     const std::string name = elset == nullptr ? "" : elset->value;
-    SetTable *sets = name.empty() ? nullptr : &b->Here().elementSets;
+    SetTable *sets = elset != nullptr && !name.empty() ? &b->Here().elementSets : nullptr;
     if (sets != nullptr) {
         BeginSetSection(b, sets, card, Parameter(*elset), SetSource::generated);
     }
@@ -531,7 +531,7 @@ void CopyElements(Building *b, int card) {
             FindAt(b, Code::generatorEnds, card, "a number out of range");
         }
     }
-    PutIntoSet(b, &b->Here().elementSets, card, "NEW SET", std::move(made), line);
+    PutIntoSet(b, &b->Here().elementSets, card, "NEW SET", made, line);
 }
 
 } // namespace deck

@@ -203,13 +203,13 @@ ParameterMeant FindParameterName(Keyword keyword, const std::string &folded) {
         if (folded == meant) {
             return {name, Spelling::full};
         }
-        if (folded.size() > kLongestWord || !listed) {
+        if (folded.size() > kLongestWord || (!listed && keyword != Keyword::section)) {
             continue;
         }
         if (folded.size() >= kShortestParameter && IsPrefix(folded, meant)) {
             longer = &name;
             ++nLonger;
-        } else if (IsSlip(folded, meant, kShortestParameter)) {
+        } else if (listed && IsSlip(folded, meant, kShortestParameter)) {
             near = near == nullptr ? &name : near;
         }
     }

@@ -38,6 +38,15 @@ void NumberIndex::Build(const std::vector<int> &numbers) {
     BuildIDIndex(&index_, static_cast<int>(numbers.size()), order_.empty() ? numbers.data() : sorted_.data());
 }
 
+std::size_t NumberIndex::CountLooks(const int *range) const {
+    const int low = std::min(range[0], range[1]);
+    const int high = std::max(range[0], range[1]);
+    const int *end = index_.list + index_.n;
+    const int *from = std::lower_bound(index_.list, end, low);
+    return static_cast<std::size_t>(
+        std::min<std::ptrdiff_t>(std::upper_bound(from, end, high) - from, (high - low) / std::abs(range[2]) + 1));
+}
+
 void NumberIndex::AddRange(const int *range, int shift, std::vector<int> *positions) const {
     const int low = std::min(range[0], range[1]);
     const int high = std::max(range[0], range[1]);

@@ -27,6 +27,9 @@ class NumberIndex {
         return at < 0 || order_.empty() ? at : order_[static_cast<std::size_t>(at)];
     }
 
+    // How many numbers AddRange has to look at.
+    std::size_t CountLooks(const int *range) const;
+
     // Adds `shift` + the positions of what is there of first, first + step ... last to the list.
     void AddRange(const int *range, int shift, std::vector<int> *positions) const;
 

@@ -109,6 +109,9 @@ void AddRange(Building *b, bool ofNodes, const int *range, std::vector<int> *num
     const int low = std::min(range[0], range[1]);
     const int high = std::max(range[0], range[1]);
     const int step = std::abs(range[2]);
+    if (!b->MayLook(std::min(list.size(), static_cast<std::size_t>((high - low) / step) + 1))) {
+        return;
+    }
     if (static_cast<std::size_t>((high - low) / step) > list.size()) {
         for (const int number : list) {
             if (number >= low && number <= high && (number - low) % step == 0) {
@@ -206,8 +209,12 @@ bool SetBefore(Building *b, SetTable *table, const std::string &name, int order,
         int &from = seen.emplace(part.first, -1).first->second;
         for (const int at : table->sets[static_cast<std::size_t>(part.first)].sections) {
             const SetSection section = table->sections[static_cast<std::size_t>(at)];
+            const std::size_t before = numbers->size();
             if (section.order > from && section.order < part.second) {
                 AddSection(b, table, section, &parts, numbers);
+            }
+            if (!b->MayLook(1 + section.rowCount + numbers->size() - before)) {
+                return false;
             }
         }
         from = std::max(from, part.second - 1);

@@ -1,31 +1,48 @@
 // Lines out of a stack of files.
 #include "deck/source.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
 namespace deck {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-// Files within files: a deck that goes deeper names itself by other paths.
+// Files within files, each of which is open and has its block of text.
 constexpr std::size_t kMostOpen = 100;
+
+// Files in all: thirty that include the next one twice are a thousand million.
+constexpr std::size_t kMostFiles = 10000;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string FolderOf(const std::string &path) {
-    return std::filesystem::path(path).parent_path().string();
+    return fs::path(path).parent_path().string();
 }
 
 std::string InFolder(const std::string &folder, const std::string &name) {
-    return (std::filesystem::path(folder) / name).lexically_normal().string();
+    return (fs::path(folder) / name).lexically_normal().string();
 }
 
-bool IsDevice(const std::string &path) {
+// Why a path is not even opened, or "". A device's text may have no end, a pipe's may never begin, and a deck is read
+// twice.
+std::string NoFile(const std::string &path) {
     std::error_code ignored;
-    const auto type = std::filesystem::status(path, ignored).type();
-    return type == std::filesystem::file_type::character || type == std::filesystem::file_type::block;
+    switch (fs::status(path, ignored).type()) {
+    case fs::file_type::character:
+    case fs::file_type::block:
+        return "it is a device";
+    case fs::file_type::fifo:
+        return "it is a pipe";
+    case fs::file_type::socket:
+        return "it is a socket";
+    default:
+        return "";
+    }
 }
 
 } // namespace
@@ -43,8 +60,9 @@ void Source::Close() {
 }
 
 std::string Source::OpenFile(const std::string &path, int line) {
-    if (IsDevice(path)) {
-        return "it is a device"; // whose text may have no end
+    const std::string refused = NoFile(path);
+    if (!refused.empty()) {
+        return refused;
     }
     auto file = std::make_unique<Open_>();
     if (!OpenLines(&file->lines, path.c_str())) {
@@ -61,19 +79,17 @@ bool Source::Open(const std::string &path) {
     if (reason.empty()) {
         return true;
     }
-    deck_->files.push_back({path, -1, 0});
     deck_->findings.push_back({Code::unreadable, {0, 0, 0}, {path, reason}, 1});
     deck_->readable = false;
     return false;
 }
 
 bool Source::IsOpen(const std::string &path) const {
-    for (const auto &file : open_) {
-        if (InFolder("", deck_->files[static_cast<std::size_t>(file->file)].path) == path) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(open_.begin(), open_.end(), [&](const auto &file) {
+        std::error_code ignored; // what is not there is no open file
+        const std::string &other = deck_->files[static_cast<std::size_t>(file->file)].path;
+        return InFolder("", other) == path || fs::equivalent(other, path, ignored);
+    });
 }
 
 std::string Source::Chain(const std::string &path) const {
@@ -94,21 +110,25 @@ void Source::Include(const std::string &name, const Place &place) {
         if (path == first) {
             continue;
         }
-        if (IsOpen(path) || open_.size() >= kMostOpen) {
-            deck_->findings.push_back({Code::includeCycle, place, {path, Chain(path)}, 1});
+        if (IsOpen(path)) {
+            tally_->Add(&deck_->findings, {Code::includeCycle, place, {path, Chain(path)}, 1});
+            return;
+        }
+        if (open_.size() >= kMostOpen || deck_->files.size() > kMostFiles) {
+            tally_->Add(&deck_->findings, {Code::tooMany, place, {"INCLUDE"}, 1});
             return;
         }
         const std::string refused = OpenFile(path, place.line);
         if (refused.empty()) {
             if (!first.empty()) {
-                deck_->findings.push_back({Code::includeElsewhere, place, {name, path}, 1});
+                tally_->Add(&deck_->findings, {Code::includeElsewhere, place, {name, path}, 1});
             }
             return;
         }
         reason = reason.empty() ? refused : reason;
         first = first.empty() ? path : first;
     }
-    deck_->findings.push_back({Code::includeMissing, place, {name, reason}, 1});
+    tally_->Add(&deck_->findings, {Code::includeMissing, place, {name, reason}, 1});
     deck_->readable = false;
 }
 

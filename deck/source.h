@@ -3,6 +3,7 @@
 #define KIVOM_DECK_SOURCE_H
 
 #include "deck/model.h"
+#include "deck/tally.h"
 #include "support/lines.h"
 
 #include <memory>
@@ -27,7 +28,7 @@ struct Line {
 class Source {
   public:
     // Lines, files and what they cause go into the deck.
-    explicit Source(Deck *deck) : deck_(deck) {}
+    Source(Deck *deck, Tally *tally) : deck_(deck), tally_(tally) {}
     ~Source();
     Source(const Source &) = delete;
     Source &operator=(const Source &) = delete;
@@ -44,7 +45,8 @@ class Source {
     }
 
     // Goes on in the file named, looked for in the folder of the deck, of the including file and in the current one.
-    // A file that is missing, or is being read already, is a finding at `place` and no more.
+    // A file that is missing, or is being read already by whatever path, is a finding at `place` and no more; so is one
+    // too many of them.
     void Include(const std::string &name, const Place &place);
 
   private:
@@ -60,6 +62,7 @@ class Source {
     bool TakeLine(Open_ *from, Line *line);
 
     Deck *deck_;
+    Tally *tally_;                             // of the findings
     std::vector<std::unique_ptr<Open_>> open_; // the innermost last
     std::string whole_;                        // a line that does not lie in one block
     Line last_;

@@ -3,11 +3,13 @@
 // Exit status: 0 clean, 1 findings of the level that --fail-on names, 2 wrong usage or a file that cannot be read or
 // written.
 #include "kivodeck/audit.h"
+#include "kivodeck/flat.h"
 #include "kivodeck/report.h"
 #include "kivodeck/terminal.h"
 
 #include "account/check.h"
 #include "account/reading.h"
+#include "driver/KIVOm.h"
 #include "support/system.h"
 
 #include <CLI/CLI.hpp>
@@ -15,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <new>
 #include <string>
 #include <vector>
@@ -26,19 +29,31 @@ constexpr int kFindings = 1;
 constexpr int kFailed = 2;
 
 constexpr char kShortage[] = "memory is short";
+constexpr char kFault[] = "a fault of the program itself; please report it with the deck";
 
 struct Options {
     std::vector<std::string> decks;
     std::string code;
     std::string format = "text";
-    std::string failOn = "warning";
+    std::string failOn; // "": the verb's own
     bool all = false;
     kivodeck::AuditOptions audit;
+    kivodeck::FlatJob flat;
+    std::string groups;
+    std::string overlaps = "smallest";
+    bool noSplit = false;
+    bool force = false;
+    bool vtk = false;
+    bool keep = false;
 };
+
+constexpr char kMeshFile[] = "mesh.input";
+constexpr char kFlatBeside[] = "mesh.flat.inp"; // what `run` translates
 
 // Standard output as the process began with it: whoever reports at its end may not find it in place.
 std::FILE *output;
 bool wantsJson = false;
+bool translating = false; // the translator's phases are at work
 
 int Print(const std::string &text, int status) {
     const bool written = std::fwrite(text.data(), 1, text.size(), output) == text.size();
@@ -50,22 +65,27 @@ int Fail(const std::string &code, const std::string &text) {
     return wantsJson ? Print(kivodeck::JsonFailure(code, text), kFailed) : kFailed;
 }
 
-// The translator's functions end the process when memory is short. The report is made whole all the same, without any
-// more memory, and the exit status is that of a deck that cannot be read.
-void EndInOrder() {
-    if (!account::ReaderAtWork()) {
-        return;
-    }
-    std::fprintf(stderr, "kivodeck: %s\n", kShortage);
+// The report of a run that cannot go on: whole, and made without any more memory.
+int FailPlainly(const char *text) {
+    std::fprintf(stderr, "kivodeck: %s\n", text);
     if (wantsJson) {
-        std::fputs(
+        std::fprintf(
+            output,
             "{\"schema_version\": 1, \"findings\": [{\"code\": \"unreadable\", \"level\": \"error\", \"file\": \"\", "
-            "\"line\": 0, \"column\": 0, \"text\": \"memory is short\", \"count\": 1}], "
+            "\"line\": 0, \"column\": 0, \"text\": \"%s\", \"count\": 1}], "
             "\"verdict\": {\"errors\": 1, \"warnings\": 0, \"notes\": 0}}\n",
-            output);
+            text);
     }
     std::fflush(output);
-    std::_Exit(kFailed);
+    return kFailed;
+}
+
+// The translator's functions end the process when memory is short. The exit status is then that of a deck that cannot
+// be read.
+void EndInOrder() {
+    if (account::ReaderAtWork() || translating) {
+        std::_Exit(FailPlainly(kShortage));
+    }
 }
 
 int StatusOf(const account::Report &report, const std::string &failOn) {
@@ -92,6 +112,107 @@ int Check(const Options &options) {
         }
     }
     return options.format == "text" ? status : Print(kivodeck::JsonReport(reports), status);
+}
+
+// Why a file cannot be written under that name, or "". What is there is looked at, not opened: a pipe would keep the
+// program waiting, and a device would be gone when the new file takes its name.
+std::string WhyNotTo(const std::string &path, bool force) {
+    std::error_code error;
+    const std::filesystem::file_status there = std::filesystem::status(path, error);
+    if (path.empty() || !std::filesystem::exists(there)) {
+        return "";
+    }
+    if (!std::filesystem::is_regular_file(there)) {
+        return path + " is no file that could be overwritten";
+    }
+    return force ? "" : path + " is there already (--force overwrites it)";
+}
+
+int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
+    return result.failure.empty() ? StatusOf(result.report, failOn) : kFailed;
+}
+
+// The report of a plain deck made or not made, with further lines for text.
+int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const kivodeck::Files &files,
+              const std::string &lines, int status) {
+    if (!result.failure.empty()) {
+        return Fail("unwritable", result.failure);
+    }
+    return Print(options.format == "text"
+                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}, lines)
+                     : kivodeck::JsonReport(result.report, files),
+                 status);
+}
+
+// What the plain deck holds, on one line.
+std::string FlatLine(const kivodeck::FlatResult &result, const std::string &flat) {
+    const account::Summary &held = result.report.reading;
+    const auto count = [](long long n, const char *what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    const auto size = [](const std::vector<account::Count> &list) { return static_cast<long long>(list.size()); };
+    return flat + ": " +
+           (result.made ? count(held.nodes, "node") + ", " + count(held.elements, "element") + ", " +
+                              count(size(held.cellGroups), "cell group") + ", " +
+                              count(size(held.nodeSets), "node set") + ", " + count(size(held.surfaces), "surface")
+                        : "not written") +
+           "\n";
+}
+
+kivodeck::FlatResult FlattenWatched(const kivodeck::FlatJob &job) {
+    const kivodeck::Progress progress("kivodeck: flattening " + job.deck);
+    return kivodeck::Flatten(job);
+}
+
+int Flatten(const Options &options) {
+    for (const std::string &path : {options.flat.flat, options.flat.map}) {
+        const std::string whyNot = WhyNotTo(path, options.force);
+        if (!whyNot.empty()) {
+            return Fail("usage", whyNot);
+        }
+    }
+    const kivodeck::FlatResult result = FlattenWatched(options.flat);
+    const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
+    return PrintFlat(result, options, files, FlatLine(result, options.flat.flat), StatusOf(result, options.failOn));
+}
+
+// The translator's own phases, with their log: on standard error where standard output holds JSON. Their exit status.
+int Translate(const Options &options) {
+    char program[] = "KIVOm";
+    char deck[sizeof kFlatBeside];
+    char vtk[] = "--vtk";
+    std::snprintf(deck, sizeof deck, "%s", kFlatBeside);
+    char *arguments[] = {program, deck, options.vtk ? vtk : nullptr, nullptr};
+    translating = true;
+    stdout = options.format == "json" ? stderr : output;
+    const int status = RunKIVOM(options.vtk ? 3 : 2, arguments);
+    stdout = output;
+    translating = false;
+    return status;
+}
+
+int RunAll(Options options) {
+    if (options.flat.deck == kMeshFile || options.flat.deck == kFlatBeside) {
+        return Fail("usage", options.flat.deck + " is a name for what this command writes");
+    }
+    kivodeck::Files files;
+    files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : ""; // an old one does not outlive a run that fails
+    std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
+    options.flat.flat = kFlatBeside;
+    const kivodeck::FlatResult result = FlattenWatched(options.flat);
+    int status = StatusOf(result, options.failOn);
+    lines += FlatLine(result, options.keep || !result.made ? kFlatBeside : "the plain deck");
+    if (result.made) {
+        const bool translated = Translate(options) == EXIT_SUCCESS;
+        status = translated ? status : kFailed;
+        files.mesh = translated ? kMeshFile : "";
+        files.plainDeck = options.keep ? kFlatBeside : "";
+        lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
+        if (!options.keep) {
+            std::remove(kFlatBeside);
+        }
+    }
+    return PrintFlat(result, options, files, lines, status);
 }
 
 int Audit(const Options &options) {
@@ -128,6 +249,34 @@ void DescribeCheck(CLI::App *verb, Options *options) {
     verb->add_flag("--all", options->all, "all findings, not ten of a code");
 }
 
+void DescribeFlat(CLI::App *verb, Options *options) {
+    verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
+    verb->add_option("--groups", options->groups, "cell groups of sections, of sets")
+        ->check(CLI::IsMember({"sections", "sets"}));
+    verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
+        ->check(CLI::IsMember({"smallest", "first", "split"}));
+    verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates");
+    verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
+    verb->add_flag("--no-split", options->noSplit, "refuse elements that would have to be split");
+    verb->add_flag("--allow-loss", options->flat.allowLoss, "write what is left where errors remain");
+    verb->add_option("--format", options->format, "text or json")->check(CLI::IsMember({"text", "json"}));
+    verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
+        ->check(CLI::IsMember({"error", "warning"}));
+    verb->add_flag("--all", options->all, "all findings, not ten of a code");
+}
+
+void DescribeFlatten(CLI::App *verb, Options *options) {
+    DescribeFlat(verb, options);
+    verb->add_option("-o,--output", options->flat.flat, "the plain deck")->required();
+    verb->add_flag("--force", options->force, "overwrite the file that is there");
+}
+
+void DescribeRun(CLI::App *verb, Options *options) {
+    DescribeFlat(verb, options);
+    verb->add_flag("--vtk", options->vtk, "write VTK files, too");
+    verb->add_flag("--keep", options->keep, std::string("keep the plain deck, ") + kFlatBeside);
+}
+
 void DescribeAudit(CLI::App *verb, Options *options) {
     kivodeck::AuditOptions &audit = options->audit;
     verb->add_option("MESH", audit.mesh, "the mesh file (default: mesh.input)");
@@ -156,6 +305,24 @@ bool AsksForJson(int argc, char **argv) {
     return false;
 }
 
+flatten::Options FlatOptions(const Options &options) {
+    flatten::Options flat = options.flat.options;
+    flat.split = !options.noSplit;
+    flat.groups = options.groups == "sections" ? flatten::Groups::sections
+                  : options.groups == "sets"   ? flatten::Groups::sets
+                                               : flatten::Groups::lines;
+    flat.overlaps = options.overlaps == "first"   ? flatten::Overlaps::first
+                    : options.overlaps == "split" ? flatten::Overlaps::split
+                                                  : flatten::Overlaps::smallest;
+    return flat;
+}
+
+bool IsCommand(const CLI::App &app, const std::string &word) {
+    const std::vector<const CLI::App *> commands = app.get_subcommands([](const CLI::App *) { return true; });
+    return std::any_of(commands.begin(), commands.end(),
+                       [&](const CLI::App *command) { return command->get_name() == word; });
+}
+
 int Run(int argc, char **argv) {
     Options options;
     CLI::App app("kivodeck: what an Abaqus deck means, and what KIVOm will hold of it", "kivodeck");
@@ -163,13 +330,16 @@ int Run(int argc, char **argv) {
     app.require_subcommand(1);
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
     CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
+    CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
+    CLI::App *run = app.add_subcommand("run", "flatten and translate: any deck to mesh.input");
     CLI::App *audit = app.add_subcommand("audit", "a mesh.input judged");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
+    DescribeFlatten(flat, &options);
+    DescribeRun(run, &options);
     DescribeAudit(audit, &options);
     DescribeExplain(explain, &options);
-    if (argc > 1 && argv[1][0] != '-' && argv[1] != check->get_name() && argv[1] != audit->get_name() &&
-        argv[1] != explain->get_name()) {
+    if (argc > 1 && argv[1][0] != '-' && !IsCommand(app, argv[1])) {
         return Fail("usage", std::string("there is no command ") + argv[1] + " (kivodeck --help lists them)");
     }
     try {
@@ -179,6 +349,12 @@ int Run(int argc, char **argv) {
     } catch (const CLI::ParseError &error) {
         return Fail("usage", std::string(error.what()) + " (kivodeck --help tells more)");
     }
+    options.flat.options = FlatOptions(options);
+    if (flat->parsed() || run->parsed()) {
+        options.failOn = options.failOn.empty() ? "error" : options.failOn;
+        return flat->parsed() ? Flatten(options) : RunAll(options);
+    }
+    options.failOn = options.failOn.empty() ? "warning" : options.failOn;
     return check->parsed() ? Check(options) : audit->parsed() ? Audit(options) : Explain(options);
 }
 
@@ -192,6 +368,8 @@ int main(int argc, char **argv) {
     try {
         return Run(argc, argv);
     } catch (const std::bad_alloc &) {
-        return Fail("unreadable", kShortage);
+        return FailPlainly(kShortage);
+    } catch (...) {
+        return FailPlainly(kFault);
     }
 }

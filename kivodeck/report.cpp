@@ -157,7 +157,7 @@ std::string Dump(const ordered_json &json) {
 
 } // namespace
 
-std::string TextReport(const Report &report, const TextStyle &style) {
+std::string TextReport(const Report &report, const TextStyle &style, const std::string &lines) {
     std::array<long long, account::kCodes> total{};
     std::array<long long, account::kCodes> shown{};
     for (const Finding &finding : report.findings) {
@@ -174,7 +174,7 @@ std::string TextReport(const Report &report, const TextStyle &style) {
         }
         ++shown[code];
     }
-    return text + OtherKeywords(report) + Verdict(report) + "\n";
+    return text + OtherKeywords(report) + lines + Verdict(report) + "\n";
 }
 
 std::string JsonReport(const std::vector<Report> &reports) {
@@ -193,6 +193,14 @@ std::string JsonReport(const std::vector<Report> &reports) {
     }
     return Dump(
         {{"schema_version", kSchemaVersion}, {"decks", decks}, {"verdict", VerdictJson(errors, warnings, notes)}});
+}
+
+std::string JsonReport(const Report &report, const Files &files) {
+    const auto name = [](const std::string &path) { return path.empty() ? ordered_json() : ordered_json(path); };
+    ordered_json object = ReportJson(report);
+    object["files"] = {
+        {"plain_deck", name(files.plainDeck)}, {"mesh", name(files.mesh)}, {"removed", name(files.removed)}};
+    return Dump(object);
 }
 
 std::string JsonFailure(const std::string &code, const std::string &text) {

@@ -16,11 +16,19 @@ struct TextStyle {
     bool all = false; // every finding; else the first ten of a code
 };
 
-// The report of one deck: findings one a line, keywords outside the mesh, the verdict.
-std::string TextReport(const account::Report &report, const TextStyle &style);
+// What a run wrote or removed besides its report; "" for what it did not.
+struct Files {
+    std::string plainDeck, mesh, removed;
+};
+
+// The report of one deck: findings one a line, keywords outside the mesh, further lines, the verdict.
+std::string TextReport(const account::Report &report, const TextStyle &style, const std::string &lines = "");
 
 // One object: that of the deck, or for several decks {"schema_version", "decks": [...], "verdict"}.
 std::string JsonReport(const std::vector<account::Report> &reports);
+
+// The object of one deck, with its files.
+std::string JsonReport(const account::Report &report, const Files &files);
 
 // The object of a run that came to nothing: one finding without a place.
 std::string JsonFailure(const std::string &code, const std::string &text);

@@ -4,6 +4,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,7 @@ char text[kNamesLength + 1];
 volatile std::sig_atomic_t seconds = 0;
 
 void ShowProgress(int) {
+    const int error = errno; // of what the signal came into
     seconds = seconds + 1;
     char line[kNamesLength + 32] = "\r";
     std::size_t n = 1;
@@ -37,9 +39,9 @@ void ShowProgress(int) {
     }
     line[n++] = ' ';
     line[n++] = 's';
-    if (write(STDERR_FILENO, line, n) < 0) {
-        seconds = seconds + 0; // a terminal that went away needs no progress
-    }
+    const ssize_t shown = write(STDERR_FILENO, line, n);
+    static_cast<void>(shown); // a terminal that went away needs no progress
+    errno = error;
 }
 
 void SetTimer(int every) {

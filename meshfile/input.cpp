@@ -5,7 +5,10 @@
 
 #include "support/system.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 
 namespace meshfile {
@@ -43,7 +46,7 @@ bool HasMore(Input *in, std::size_t size) {
     while (left < size) {
         const std::ptrdiff_t got = SystemRead(in->file, in->block.data() + left, in->block.size() - left);
         if (got < 0) {
-            RefuseLine(in, 0, std::string("cannot be read: ") + std::strerror(errno));
+            RefuseLine(in, 0, Reason("cannot be read: %s", std::strerror(errno)));
         }
         if (got <= 0) {
             in->isAtEnd = true;
@@ -55,15 +58,24 @@ bool HasMore(Input *in, std::size_t size) {
     return left >= size;
 }
 
-bool Refuse(Input *in, const std::string &reason) {
+bool Refuse(Input *in, std::string_view reason) {
     return RefuseLine(in, in->line, reason);
 }
 
-bool RefuseLine(Input *in, long long line, const std::string &reason) {
+bool RefuseLine(Input *in, long long line, std::string_view reason) {
     if (in->error.text.empty()) {
-        in->error = {line, reason};
+        in->error = {line, std::string(reason)};
     }
     return false;
+}
+
+std::string Reason(const char *format, ...) {
+    std::array<char, 2 * kMostAhead> text;
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    return text.data();
 }
 
 bool MayFollow(Input *in, std::string_view words) {
@@ -75,8 +87,10 @@ bool TakeWords(Input *in, std::string_view words) {
         in->at += words.size();
         return true;
     }
-    return EndsWithin(in, words) ? RefuseEnd(in)
-                                 : Refuse(in, "\"" + std::string(words) + "\" does not stand where it should");
+    if (EndsWithin(in, words)) {
+        return RefuseEnd(in);
+    }
+    return Refuse(in, Reason("\"%.*s\" does not stand where it should", static_cast<int>(words.size()), words.data()));
 }
 
 bool TakeLine(Input *in, std::string_view words) {
@@ -115,7 +129,7 @@ bool TakeInt(Input *in, std::size_t width, int *value) {
         return RefuseEnd(in);
     }
     if (!IntField(in->at, width, value)) {
-        return Refuse(in, "no whole number at the right of " + std::to_string(width) + " characters");
+        return Refuse(in, Reason("no whole number at the right of %zu characters", width));
     }
     in->at += width;
     return true;
@@ -138,7 +152,7 @@ bool TakeIndex(Input *in, std::size_t index) {
         return false;
     }
     return static_cast<std::size_t>(found) == index ||
-           Refuse(in, "the row of " + std::to_string(index) + " is numbered " + std::to_string(found));
+           Refuse(in, Reason("the row of %zu is numbered %d", index, found));
 }
 
 bool TakeEnd(Input *in) {

@@ -39,8 +39,11 @@ inline bool Has(Input *in, std::size_t size) {
 }
 
 // Notes a departure, at the line in hand where none is given. Always false.
-bool Refuse(Input *in, const std::string &reason);
-bool RefuseLine(Input *in, long long line, const std::string &reason);
+bool Refuse(Input *in, std::string_view reason);
+bool RefuseLine(Input *in, long long line, std::string_view reason);
+
+// A reason with its words and numbers in place, as printf puts them there. What it names is at most kMostAhead long.
+[[gnu::format(printf, 1, 2)]] std::string Reason(const char *format, ...);
 
 // The words stand here, or the text ends within them, so that taking them says so. They are not taken; nothing is
 // noted. For what may stand here or not.

@@ -32,12 +32,12 @@ bool TakeIntValue(Input *in, const char *key, int *value) {
 bool TakeAtLeast(Input *in, const char *key, int least, int *value) {
     const long long line = in->line;
     return TakeIntValue(in, key, value) &&
-           (*value >= least || RefuseLine(in, line, std::string(key) + " is below " + std::to_string(least)));
+           (*value >= least || RefuseLine(in, line, Reason("%s is below %d", key, least)));
 }
 
 bool TakeZero(Input *in, const char *key, int *value) {
     const long long line = in->line;
-    return TakeIntValue(in, key, value) && (*value == 0 || RefuseLine(in, line, std::string(key) + " is not 0"));
+    return TakeIntValue(in, key, value) && (*value == 0 || RefuseLine(in, line, Reason("%s is not 0", key)));
 }
 
 bool TakeRealValue(Input *in, const char *key, double *value) {
@@ -81,7 +81,7 @@ bool TakeRow(Input *in, std::size_t index, int width, std::size_t expected, std:
         return false;
     }
     if (count < 0 || count > width) {
-        return Refuse(in, "the row's number of nodes is not 0 to " + std::to_string(width));
+        return Refuse(in, Reason("the row's number of nodes is not 0 to %d", width));
     }
     for (int k = 0; k < count; ++k) {
         int node = 0;

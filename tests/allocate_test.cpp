@@ -232,6 +232,7 @@ TEST_F(Allocate, CapacitiesDoubleUpToAMillionAndThenGoUpByAMillion) {
     }
     EXPECT_EQ(NextCapacity(1000000), 2000000);
     EXPECT_EQ(NextCapacity(1000001), 2000001);
+    EXPECT_EQ(NextCapacity(INT_MAX - 999999), INT_MAX) << "no int is larger";
 }
 
 TEST_F(Allocate, AMissingBlockEndsTheProcessAndAPresentOneDoesNot) {

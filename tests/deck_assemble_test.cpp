@@ -363,11 +363,25 @@ TEST(Groups, ComeFromTheElementLineElseTheLastSectionElseAreAll) {
     const auto r = Read(NodesTo(4) + "*ELEMENT, TYPE=CPS3, ELSET=E\n1, 1, 2, 3\n*ELEMENT, TYPE=CPS3\n2, 1, 2, 4\n3, 1, "
                                      "3, 4\n4, 2, 3, 4\n*ELSET, ELSET=X\n1, 2, 3\n"
                                      "*ELSET, ELSET=Y\n3\n*SOLID SECTION, ELSET=X, MATERIAL=M\n*Solid Section, "
-                                     "elset=Y, material=M2\n1.\n*SHELL SECTION, ELSET=NO, COMPOSITE\n");
+                                     "els=Y, mater=M2\n1.\n*SHELL SECTION, ELSET=NO, COMPOSITE\n");
     EXPECT_EQ(r.Groups(), (Names{"E", "X", "Y", "ALL"}));
     EXPECT_EQ(r.mesh.assignment, (Ints{0, 0, 1, -1}));
     EXPECT_EQ(r.deck.scopes[0].assignments[1].material, "M2");
     EXPECT_EQ(r.Findings(), (Found{{Code::missingMember, 19}}));
+}
+
+TEST(Groups, OfSectionsOfCellsMayBeEmpty) {
+    const auto r =
+        Read(NodesTo(4) + "*ELEMENT, TYPE=CPS3, ELSET=A\n*ELEMENT, TYPE=CPS3, ELSET=B\n1, 1, 2, 3\n*ELEMENT, "
+                          "TYPE=CPS4R, ELSET=A\n*ELEMENT, TYPE=MASS, ELSET=M\n*ELEMENT, TYPE=CPS3\n"
+                          "*ELEMENT, TYPE=CPE3, ELSET=C\n");
+    Names names;
+    for (const deck::CellGroup &group : r.mesh.groups) {
+        names.push_back(group.name);
+    }
+    EXPECT_EQ(names, (Names{"A", "B", "C"}));
+    EXPECT_EQ(r.mesh.group, Ints{1});
+    EXPECT_EQ(r.Findings(), Found{});
 }
 
 TEST(Groups, OfASectionBehindTheInstancesAreThoseOfTheSet) {

@@ -4,10 +4,10 @@ include(${PROJECT_SOURCE_DIR}/fuzz/targets.cmake)
 # replay_run, replay_rows, ...: each target over its seeds and finds and some inputs made at random, with whatever compiler is at hand.
 foreach(target ${KIVOM_FUZZ_TARGETS})
   add_executable(replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/${target}_fuzz.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-  target_link_libraries(replay_${target} PRIVATE kivom_audit kivom_fakesystem)
+  kivom_link_fuzz(replay_${target} ${target})
   add_test(NAME replay.${target}
     COMMAND replay_${target} ${PROJECT_SOURCE_DIR}/fuzz/seeds/${target} ${PROJECT_SOURCE_DIR}/fuzz/found/${target}
-            --random 1500)
+            ${KIVOM_FUZZ_SEEDS_${target}} --random 1500)
 endforeach()
 
 add_executable(alloc_test ${CMAKE_CURRENT_LIST_DIR}/faults/alloc_test.cpp)
@@ -23,4 +23,9 @@ if(KIVOM_PYTHON)
   add_test(NAME hostile COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/hostile/hostile.py
     --program $<TARGET_FILE:KIVOm> --work ${CMAKE_CURRENT_BINARY_DIR}/hostile-work ${hostile_size})
   set_tests_properties(hostile PROPERTIES TIMEOUT 600 RUN_SERIAL ON)
+  if(TARGET kivodeck)
+    add_test(NAME hostile.check COMMAND ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/hostile/hostile.py --check
+      --program $<TARGET_FILE:kivodeck> --work ${CMAKE_CURRENT_BINARY_DIR}/hostile-check-work ${hostile_size})
+    set_tests_properties(hostile.check PROPERTIES TIMEOUT 600 RUN_SERIAL ON)
+  endif()
 endif()

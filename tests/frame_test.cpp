@@ -1,7 +1,8 @@
-// Time stamps and stream buffers.
+// Time stamps, stream buffers, and what the system refuses.
 #include "tests/support/capture.h"
 
 #include "support/frame.h"
+#include "support/system.h"
 
 #include <gtest/gtest.h>
 
@@ -66,6 +67,36 @@ TEST(IOBuffer, IsMadeOnceAndSharedByAllStreams) {
     EXPECT_STREQ(text, "bbaa");
     std::fclose(first);
     std::fclose(second);
+}
+
+TEST(System, RefusalsAreTheAnswer) {
+    const int full = SystemOpenToWrite("/dev/full");
+    ASSERT_NE(full, -1);
+    EXPECT_FALSE(SystemCanSeek(full)) << "a device";
+    EXPECT_FALSE(SystemWrite(full, "a", 1));
+    EXPECT_FALSE(SystemWriteAt(full, "a", 1, 0));
+    EXPECT_TRUE(SystemClose(full));
+    EXPECT_FALSE(SystemClose(full));
+    EXPECT_FALSE(SystemCanSeek(full)) << "closed";
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_FALSE(SystemSkip(ends[1], 1));
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(System, AFileThatCannotBeCutStaysAsItIs) {
+    std::FILE *file = std::tmpfile();
+    ASSERT_NE(file, nullptr);
+    std::fputs("abc", file);
+    std::fflush(file);
+    const int reader = SystemOpenToRead(("/proc/self/fd/" + std::to_string(fileno(file))).c_str());
+    SystemCut(reader, 1);
+    EXPECT_EQ(SizeOnDisk(file), 3);
+    SystemCut(fileno(file), 1);
+    EXPECT_EQ(SizeOnDisk(file), 1);
+    EXPECT_TRUE(SystemClose(reader));
+    std::fclose(file);
 }
 
 } // namespace

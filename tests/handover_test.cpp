@@ -46,6 +46,21 @@ TEST_F(HandOver, ReportsABlockWithoutMapsAndGivesTheOthersTheirs) {
     EXPECT_EQ(triangles->next->i1MapCFT, nullptr);
 }
 
+TEST_F(HandOver, GivesATypeThatNobodyKnowsNoFaces) {
+    EXPECT_EQ(ABQNumFaces(kTRI3), 3);
+    EXPECT_EQ(ABQNumFaces(kQUA4), 4);
+    EXPECT_EQ(ABQNumFaces(98), 0);
+    ABQDeck()->cellBlocks->type = 98;
+    EXPECT_EQ(Printed(ABQ_AssignCellMap), "\n  Error> Undesirable cell type detected in ABQ_AssignCellMap.\n"
+                                          "\n  Error> Undesirable cell type detected in ABQ_AssignCellMap.\n");
+}
+
+TEST_F(HandOver, MakingTheDeckAgainKeepsItsRecords) {
+    const ABQCellBlock *first = ABQDeck()->cellBlocks;
+    EXPECT_EQ(ABQMakeDeck("other.inp")->cellBlocks, first);
+    EXPECT_STREQ(ABQDeckName(), "other.inp");
+}
+
 TEST_F(HandOver, PassesOverABlockWithoutMaps) {
     ABQDeck()->cellBlocks->next->count = 1; // one quadrilateral, though without columns
     Printed(ABQ_AssignCellMap);

@@ -1,16 +1,19 @@
 // The program kivodeck from outside: commands, options, exit statuses, the two forms of a report.
+#include "kivodeck/terminal.h"
+#include "tests/rundeck.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 
-#include <sys/wait.h>
-
+#include <pty.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -19,23 +22,9 @@ namespace {
 
 using nlohmann::json;
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
 // Runs `kivodeck ARGUMENTS` in the folder of the tests' decks; standard error goes where `errors` says.
 Outcome RunDeck(const std::string &arguments, const std::string &errors = "/dev/null") {
-    const std::string command = "cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors;
-    std::FILE *pipe = popen(command.c_str(), "r");
-    Outcome outcome{-1, ""};
-    char block[4096];
-    for (std::size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;) {
-        outcome.out.append(block, got);
-    }
-    const int status = pclose(pipe);
-    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return outcome;
+    return RunShell("cd '" KIVOM_FINDINGS "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors);
 }
 
 class Deck {
@@ -57,11 +46,6 @@ class Deck {
 
 const char kPlate[] = "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n4, 0., 1.\n"
                       "*Element, type=CPS3, elset=Plate\n1, 1, 2, 3\n2, 1, 3, 4\n";
-
-std::string LastLine(const std::string &text) {
-    const std::size_t end = text.find_last_not_of('\n');
-    return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
-}
 
 TEST(Status, IsZeroForACleanDeckAndTheVerdictIsTheLastLine) {
     const Outcome run = RunDeck("check cps3.inp");
@@ -100,7 +84,9 @@ TEST_P(WrongUse, HasStatusTwoAndASentence) {
 INSTANTIATE_TEST_SUITE_P(All, WrongUse,
                          testing::Values("", "chekc cps3.inp", "check", "check --nonsense cps3.inp",
                                          "check --format=xml cps3.inp", "check --fail-on=note cps3.inp",
-                                         "explain no-such-code", "--nonsense"));
+                                         "explain no-such-code", "--nonsense", "flatten cps3.inp", "flatten -o x",
+                                         "flatten cps3.inp -o c3d4.inp", "flatten --groups=x cps3.inp -o x",
+                                         "flatten --overlaps=x cps3.inp -o x", "run", "run mesh.input"));
 
 TEST(Unreadable, DeckHasStatusTwoInBothForms) {
     for (const std::string deck : {"nowhere.inp", ".", "/dev/null/x"}) {
@@ -155,6 +141,16 @@ TEST(Json, OfSeveralDecksIsOneObject) {
     EXPECT_EQ(report["verdict"]["errors"], 0);
 }
 
+TEST(Json, HasTheChainOfIncludes) {
+    const json report = json::parse(RunDeck("check --format=json decks/include-cycle.inp").out);
+    const json &finding = report["findings"][1]; // behind that of the include itself
+    EXPECT_EQ(finding["code"], "include-cycle");
+    EXPECT_EQ(finding["file"], "decks/include-cycle-loop.inc");
+    ASSERT_EQ(finding["included_from"].size(), 1u);
+    EXPECT_EQ(finding["included_from"][0]["file"], "decks/include-cycle.inp");
+    EXPECT_EQ(finding["included_from"][0]["line"], 11);
+}
+
 TEST(Text, ShowsTenOfACodeUnlessAskedForAll) {
     std::string text = std::string(kPlate);
     for (int i = 0; i < 25; ++i) {
@@ -185,8 +181,55 @@ TEST(Text, IsNotColouredInAPipe) {
     EXPECT_EQ(RunDeck("check nowhere.inp").out.find('\033'), std::string::npos);
 }
 
+// What a terminal shows of what a process of its own does there.
+template <class Act> std::string OnTerminal(const Act &act) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        act();
+        std::exit(0);
+    }
+    std::string shown;
+    char block[4096];
+    for (ssize_t got; (got = read(terminal, block, sizeof block)) > 0;) { // fails when the other end is closed
+        shown.append(block, static_cast<std::size_t>(got));
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    close(terminal);
+    return shown;
+}
+
+TEST(Terminal, GetsColourUnlessItIsNotWanted) {
+    for (const std::string noColour : {"", "1"}) {
+        const std::string shown = OnTerminal([&] {
+            setenv("NO_COLOR", noColour.c_str(), 1);
+            execl(KIVODECK_PROGRAM, KIVODECK_PROGRAM, "check", "nowhere.inp", nullptr);
+        });
+        EXPECT_NE(shown.find("nowhere.inp"), std::string::npos);
+        EXPECT_EQ(shown.find('\033') == std::string::npos, noColour == "1") << shown;
+    }
+}
+
+TEST(Terminal, SeesAfterASecondThatWorkGoesOn) {
+    const auto work = [](std::chrono::milliseconds time) {
+        return OnTerminal([&] {
+            const auto end = std::chrono::steady_clock::now() + time;
+            const kivodeck::Progress progress("at work");
+            while (std::chrono::steady_clock::now() < end) {
+                usleep(1000);
+            }
+        });
+    };
+    EXPECT_EQ(work(std::chrono::milliseconds(0)), "");
+    const std::string shown = work(std::chrono::milliseconds(1300)); // or longer, on a busy machine
+    EXPECT_EQ(shown.substr(0, 13), "\rat work 1 s\r") << shown;
+    EXPECT_EQ(shown.substr(shown.size() - 4), "\r\033[K") << shown;
+}
+
 TEST(Help, FitsAScreen) {
-    for (const std::string arguments : {"--help", "check --help", "audit --help", "explain --help"}) {
+    for (const std::string arguments : {"--help", "check --help", "audit --help", "explain --help", "flatten --help", "run --help"}) {
         const Outcome run = RunDeck(arguments);
         EXPECT_EQ(run.status, 0) << arguments;
         std::istringstream in(run.out);
@@ -197,6 +240,132 @@ TEST(Help, FitsAScreen) {
         EXPECT_LE(lines, 24) << run.out;
         EXPECT_GT(lines, 3);
     }
+}
+
+// An empty folder to write into.
+class Folder {
+  public:
+    Folder() : path_(fs::temp_directory_path() / ("kivodeck_test_folder." + std::to_string(getpid()))) {
+        fs::remove_all(path_);
+        fs::create_directories(path_);
+    }
+    ~Folder() {
+        fs::remove_all(path_);
+    }
+    std::string operator/(const std::string &name) const {
+        return (path_ / name).string();
+    }
+    std::string Read(const std::string &name) const {
+        std::ifstream in(path_ / name, std::ios::binary);
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+    // The names of the files in it, each with a blank behind it.
+    std::string Files() const {
+        std::set<std::string> names;
+        for (const auto &file : fs::directory_iterator(path_)) {
+            names.insert(file.path().filename().string());
+        }
+        std::string all;
+        for (const std::string &name : names) {
+            all += name + " ";
+        }
+        return all;
+    }
+    // `kivodeck run ARGUMENTS` in it.
+    Outcome Run(const std::string &arguments) const {
+        return RunDeck("--version >/dev/null; cd '" + path_.string() + "' && '" KIVODECK_PROGRAM "' run " + arguments);
+    }
+
+  private:
+    fs::path path_;
+};
+
+const char kTwoQuads[] =
+    "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n4, 0., 1.\n*Element, type=CPS4, elset=Plate\n1, 1, 2, 3, 4\n";
+
+TEST(Flatten, WritesThePlainDeckAndTheMap) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const Outcome run = RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp" + " --map=" + folder / "map");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_NE(run.out.find("flat.inp: 4 nodes, 2 elements, 1 cell group, 0 node sets, 0 surfaces\n"),
+              std::string::npos);
+    EXPECT_NE(folder.Read("flat.inp").find("*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n"),
+              std::string::npos);
+    EXPECT_EQ(folder.Read("map"), "kind\tinstance\told\tnew\nelement\t\t1\t2\n");
+    EXPECT_EQ(folder.Files(), "flat.inp map ");
+}
+
+TEST(Flatten, OverwritesNothingUnlessForced) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    std::ofstream(folder / "flat.inp") << "mine";
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp").status, 2);
+    EXPECT_EQ(folder.Read("flat.inp"), "mine");
+    EXPECT_EQ(RunDeck("flatten --force " + deck.path() + " -o " + folder / "flat.inp").status, 0);
+    EXPECT_NE(folder.Read("flat.inp"), "mine");
+}
+
+TEST(Flatten, LeavesNothingBehindWhereAnErrorRemains) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nsett, nset=A\n1\n");
+    const Outcome run = RunDeck("flatten --format=json " + deck.path() + " -o " + folder / "flat.inp");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(json::parse(run.out)["files"]["plain_deck"], nullptr);
+    EXPECT_EQ(json::parse(run.out)["findings"][0]["code"], "misspelt");
+    EXPECT_EQ(folder.Files(), "");
+    EXPECT_EQ(RunDeck("flatten --allow-loss " + deck.path() + " -o " + folder / "flat.inp").status, 1);
+    EXPECT_EQ(folder.Files(), "flat.inp ");
+}
+
+TEST(Flatten, HasStatusTwoWhereAFileCannotBeReadOrWritten) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "no/flat.inp").status, 2);
+    EXPECT_EQ(RunDeck("flatten nowhere.inp -o " + folder / "flat.inp").status, 2);
+    EXPECT_EQ(RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp --map=/nowhere/map").status, 2);
+    EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Flatten, FailsOnWarningsWhenAskedFor) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2\n");
+    EXPECT_EQ(RunDeck("flatten --force " + deck.path() + " -o " + folder / "flat.inp").status, 0);
+    EXPECT_EQ(RunDeck("flatten --force --fail-on=warning " + deck.path() + " -o " + folder / "flat.inp").status, 1);
+}
+
+TEST(Run, TranslatesThePlainDeckAndRemovesIt) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const Outcome run = folder.Run(deck.path());
+    EXPECT_EQ(run.status, 0);
+    const std::size_t log = run.out.find("Reading Elements PLATE ... done with 2 CPS3s.\n");
+    EXPECT_LT(log, run.out.find("the plain deck: 4 nodes, 2 elements,"));
+    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_EQ(folder.Files(), "mesh.input ");
+    EXPECT_EQ(folder.Run("--keep --vtk " + deck.path()).status, 0);
+    EXPECT_EQ(folder.Files(), "_Cells.vtk mesh.flat.inp mesh.input ");
+}
+
+TEST(Run, LetsNoOldMeshOutliveAFailure) {
+    const Folder folder;
+    const Deck deck(std::string(kTwoQuads) + "*Nsett, nset=A\n1\n");
+    std::ofstream(folder / "mesh.input") << "old";
+    const Outcome run = folder.Run("--format=json " + deck.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(json::parse(run.out)["files"]["removed"], "mesh.input");
+    EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Run, KeepsTheLogOutOfJson) {
+    const Folder folder;
+    const Deck deck(kTwoQuads);
+    const json report = json::parse(folder.Run("--format=json " + deck.path()).out);
+    EXPECT_EQ(report["files"]["mesh"], "mesh.input");
+    EXPECT_EQ(report["reading"]["elements"], 2);
 }
 
 TEST(Version, IsOneLine) {
@@ -211,6 +380,16 @@ TEST(Explain, ShowsOneCodeAndAll) {
     EXPECT_NE(one.out.find("*Nset, nset=Left, generate"), std::string::npos);
     EXPECT_NE(RunDeck("explain").out.find("\nrow-end-comma "), std::string::npos);
     EXPECT_EQ(json::parse(RunDeck("explain --format=json no-generate").out)["level"], "error");
+    std::istringstream lines(RunDeck("explain").out);
+    const json all = json::parse(RunDeck("explain --format=json").out);
+    EXPECT_EQ(all["schema_version"], 1);
+    EXPECT_GT(all["codes"].size(), 50u);
+    for (const json &code : all["codes"]) { // the same, in the same order
+        std::string word, level, text;
+        std::getline(lines >> word >> level, text);
+        EXPECT_EQ(code["code"], word);
+        EXPECT_EQ(code["level"], level);
+    }
 }
 
 } // namespace

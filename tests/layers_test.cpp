@@ -27,7 +27,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude{
      {"kivodeck", "account", "flatten", "audit", "deck", "meshfile", "driver", "abaqus", "translate", "output", "store",
       "support"}},
     {"account", {"account", "deck", "abaqus", "store", "support"}},
-    {"flatten", {"flatten", "deck", "support"}},
+    {"flatten", {"flatten", "deck", "abaqus", "support"}},
     {"audit", {"audit", "meshfile", "support"}},
     {"deck", {"deck", "support"}},
     {"meshfile", {"meshfile", "support"}},

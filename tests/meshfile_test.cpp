@@ -235,6 +235,28 @@ TEST(MeshFile, AMeshWithoutDimensionHasNoNodesButMayHaveCells) {
     EXPECT_EQ(Refusal(head + cell + tail), "");
 }
 
+TEST(MeshFile, EveryCoordinateMustBeTheSameInAllThreeLists) {
+    const std::string row =
+        "                 0   1.000000000000000e+00   2.000000000000000e+00   3.000000000000000e+00\n";
+    const std::string value = " =    1.000000000000000e+00\n";
+    const std::string head = "<Dimension>\n    Dimension = 3D\n</Dimension>\n\n<Node_Geometry>\n"
+                             "    Minimum Edge Charac" +
+                             value + "    Minimum Edge Length" + value + "    Maximum Edge Length" + value +
+                             "  <Coordinates> AllNodes\n"
+                             "    Number_Of_Nodes =          1\n    Current_Positions = \n" +
+                             row + "    Previous_Positions = \n";
+    const std::string tail = "    Initial_Positions = \n" + row +
+                             "    Node_Tag = \n                 0\n    IsOnBoundary = \n                 1\n"
+                             "  </Coordinates> AllNodes\n</Node_Geometry>\n\n"
+                             "<Connectivity>\n</Connectivity>\n\n<Groups>\n</Groups>\n\n";
+    EXPECT_EQ(Refusal(head + row + tail), "");
+    for (const char digit : {'1', '2', '3'}) {
+        std::string other = row;
+        other[other.find(std::string(1, digit) + ".")] = '4';
+        EXPECT_EQ(Refusal(head + other + tail), "line 14: the position is another than in Current_Positions");
+    }
+}
+
 TEST(MeshFile, EveryTruncationIsRefused) {
     const std::string text = kSmall;
     for (std::size_t size = 1; size < text.size(); ++size) {

@@ -86,14 +86,12 @@ TEST(Rows, OfAnyOtherFormAreLeft) {
         Text text(row);
         int number;
         double x;
-        if (!TakeNodeRow(&text.stream, &number, &x, &x, &x)) {
-            EXPECT_EQ(text.Rest(), row);
-        }
+        EXPECT_FALSE(TakeNodeRow(&text.stream, &number, &x, &x, &x)) << row;
+        EXPECT_EQ(text.Rest(), row) << "nothing taken: nothing moved";
         Text set(row);
         int numbers[8];
-        if (TakeSetRow(&set.stream, 2, numbers) == -1) {
-            EXPECT_EQ(set.Rest(), row) << "nothing taken: nothing moved";
-        }
+        EXPECT_EQ(TakeSetRow(&set.stream, 2, numbers), -1) << row;
+        EXPECT_EQ(set.Rest(), row);
     }
 }
 

@@ -79,6 +79,14 @@ TEST(Fields, WithoutASeparatorTheWholeLineIsOneField) {
     EXPECT_STREQ(line.Text(), "        ");
 }
 
+TEST(Fields, TheEndOfTheLineMayBeTheSeparator) {
+    char field[kNameBuffer];
+    Line line("ab,c");
+    EXPECT_EQ(GrabNextCHRFromCHR(field, line.Text(), '\0'), 1);
+    EXPECT_STREQ(field, "ab,c");
+    EXPECT_EQ(GrabNextCHRFromCHR(field, line.Text(), '\0'), 0);
+}
+
 TEST(Fields, ALongFieldIsTakenIn256CharactersAndItsRestIsTheNext) {
     char field[kNameBuffer];
     Line line(std::string(256, 'a') + std::string(44, 'b'));

@@ -489,6 +489,27 @@ TEST_F(Store, FacesMadeByHandAreKeptByGrowthAlsoWhereTheyBecomeWider) {
     DelFaces(faces);
 }
 
+TEST_F(Store, TablesWithoutColumnsAndTablesThatAreAbsentAreMadeWhole) {
+    for (const int columns : {0, 2}) {
+        Faces *faces = NewFaces();
+        Cells *cells = NewCells();
+        faces->nMax = cells->nMax = 2;
+        faces->nNodesPerFace = cells->nNodesPerCell = columns;
+        ReserveFaces(faces, 0);
+        ReserveCells(cells, 0);
+        faces->i1Type[1] = faces->i1Tag[1] = faces->i1NumNodes[1] = cells->i1Mark[1] = cells->i1NumNodes[1] = 1;
+        for (const int *const *table : {faces->i2Conn, cells->i2Conn, cells->i2FaceTag}) {
+            EXPECT_EQ(table != nullptr, columns > 0);
+        }
+        const long allocations = fake::Allocations();
+        ReserveFaces(faces, 0);
+        ReserveCells(cells, 0);
+        EXPECT_EQ(fake::Allocations(), allocations) << "nothing is absent any more";
+        DelFaces(faces);
+        DelCells(cells);
+    }
+}
+
 TEST_F(Store, NodesMadeByHandGetTheArraysThatAreAbsent) {
     Nodes *nodes = NewNodes();
     nodes->nMax = 4;

@@ -541,6 +541,24 @@ TEST_F(Translate, AnUnsupportedTypeEndsTheFacesButNotWhatFollows) {
     }
 }
 
+// The first time the table has no column for the fourth node, the second time another cell makes it wide enough.
+TEST_F(Translate, ACellWithFewerNodesThanItsTypeHasNoShape) {
+    for (const int nOthers : {0, 1}) {
+        AddMesh(3, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+        if (nOthers == 1) {
+            AddCell(kTET4, 2, {1, 2, 3, 4});
+        }
+        AddCell(kTET4, 1, {1, 3, 2}, {7, 0, 0});
+        COM_ArchGRcell(1, "SHORT");
+        EXPECT_EQ(Messages(), "");
+        ExpectLengths(Group("SHORT"), 1e15, 0, 1e15);
+        EXPECT_EQ(NodesOfCell(nOthers), (Ints{0, 2, 1}));
+        EXPECT_EQ(NodesOfFace(0), (Ints{2, -1, 1})) << "the face opposite the first node needs the fourth";
+        FreeCOM();
+        ForgetColumnCounts();
+    }
+}
+
 TEST_F(Translate, FacesAreAppendedToThoseInTheStore) {
     AddMesh(2, kSquare);
     AddFace(kS1D2, 50, {3, 0}); // positions: of the fourth node, which no cell uses, and the first

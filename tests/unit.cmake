@@ -5,9 +5,11 @@ foreach(room allocate scan names sort lookup store rows line exchange order find
   kivom_test(${room}_test LINK kivom_fakesystem)
 endforeach()
 
-foreach(room cards model assemble)
+foreach(room cards model generators assemble)
   kivom_test(deck_${room}_test LINK kivom_deck kivom_fakesystem)
 endforeach()
+
+kivom_test(flatten_split_test LINK kivom_flatten)
 
 kivom_test(frame_test)
 
@@ -47,10 +49,19 @@ if(TARGET kivodeck)
   add_executable(check_random_test check_random_test.cpp ../kivodeck/report.cpp)
   target_link_libraries(check_random_test PRIVATE kivom_account kivom_fakesystem nlohmann_json::nlohmann_json)
   add_test(NAME check_random COMMAND check_random_test)
+  add_executable(flatten_random_test flatten_random_test.cpp ../kivodeck/flat.cpp ../kivodeck/report.cpp)
+  target_link_libraries(flatten_random_test PRIVATE kivom_account kivom_flatten kivom_fakesystem nlohmann_json::nlohmann_json)
+  add_test(NAME flatten_random COMMAND flatten_random_test)
+  kivom_test(flatten_decks_test LINK kivom_account kivom_flatten kivom_fakesystem)
+  target_sources(flatten_decks_test PRIVATE ../kivodeck/flat.cpp)
   kivom_test(kivodeck_test LINK nlohmann_json::nlohmann_json)
+  target_sources(kivodeck_test PRIVATE ../kivodeck/terminal.cpp)
   target_compile_definitions(kivodeck_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
   add_dependencies(kivodeck_test kivodeck)
+  kivom_test(kivodeck_files_test LINK nlohmann_json::nlohmann_json)
+  target_compile_definitions(kivodeck_files_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>")
+  add_dependencies(kivodeck_files_test kivodeck)
   kivom_test(kivodeck_audit_test LINK nlohmann_json::nlohmann_json)
   set(memory 2000000) # kilobytes
   if(KIVOM_SANITIZE)
@@ -61,11 +72,6 @@ if(TARGET kivodeck)
   add_test(NAME docs.findings
     COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
 endif()
-
-# The fuzz target of the account over its seeds, the catalogue's clean decks and the examples, with any compiler.
-add_executable(replay_checkdeck ${PROJECT_SOURCE_DIR}/fuzz/account/checkdeck.cpp ${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp)
-target_link_libraries(replay_checkdeck PRIVATE kivom_account kivom_deck kivom_core kivom_system)
-add_test(NAME replay.checkdeck COMMAND replay_checkdeck ${CMAKE_CURRENT_SOURCE_DIR}/findings ${PROJECT_SOURCE_DIR}/examples)
 
 # The measures of shape, beside the VTK library's.
 add_executable(qualityvalues vtk/qualityvalues.cpp)

@@ -11,7 +11,7 @@
 struct CellInHand {
     int type;                      // type code; 0 before the first cell, and none has it
     const ElementFamily *family;   // null: the type cannot be measured
-    const int *conn[kMostCorners]; // columns of its corners; null where the table is not so wide
+    const int *conn[kMostCorners]; // columns of its corners; null when the table is not wide enough for all of them
 };
 
 // Looks at the next cell. False when its type cannot be measured.
@@ -22,11 +22,15 @@ inline bool LookAtCell(CellInHand *hand, const Cells *cells, int cell) {
     hand->type = cells->i1Type[cell];
     const ElementFamily *family = FamilyOf(hand->type);
     hand->family = family != nullptr && family->corners.nCorners > 0 ? family : nullptr;
-    for (int i = 0; hand->family != nullptr && i < family->corners.nCorners; ++i) {
-        const int column = family->corners.columns[i];
-        hand->conn[i] = column < cells->nNodesPerCell ? cells->i2Conn[column] : nullptr;
+    if (hand->family == nullptr) {
+        return false;
     }
-    return hand->family != nullptr;
+    const Corners &corners = family->corners;
+    const bool isWide = corners.columns[corners.nCorners - 1] < cells->nNodesPerCell;
+    for (int i = 0; i < kMostCorners; ++i) { // those behind the last corner repeat column 0, and nobody looks at them
+        hand->conn[i] = isWide ? cells->i2Conn[corners.columns[i]] : nullptr;
+    }
+    return true;
 }
 
 // The cell's corner points; the family in hand has nCorners of them. False when a corner is no node of the mesh (-1),
@@ -34,7 +38,7 @@ inline bool LookAtCell(CellInHand *hand, const Cells *cells, int cell) {
 template <std::size_t nCorners>
 inline bool CornerPoints(const Nodes *nodes, const Cells *cells, int cell, const CellInHand &hand,
                          Point (&points)[nCorners]) {
-    if (cells->i1NumNodes[cell] <= hand.family->corners.columns[nCorners - 1]) {
+    if (hand.conn[0] == nullptr || cells->i1NumNodes[cell] <= hand.family->corners.columns[nCorners - 1]) {
         return false;
     }
     for (std::size_t i = 0; i < nCorners; ++i) {

@@ -3,21 +3,21 @@
 
     make_examples.py [FOLDER]      FOLDER: where to write (standard: the folder above this script)
 
-gmsh makes the meshes; this script numbers nodes and elements from 1, writes the decks with comments, and refuses meshes
-with an element that is not well shaped: each must be positively oriented, everywhere for curved ones. Another version
-of gmsh makes other meshes: the pictures then have to be made anew, too.
+gmsh makes the meshes, kivodeck (on the path, or in build/) makes them plain. This script numbers nodes and elements from
+1, writes the decks with comments, and refuses meshes with an element that is not well shaped: each must be positively
+oriented, everywhere for curved ones. Another version of gmsh makes other meshes: the pictures then have to be made
+anew, too.
 """
-import math, os, subprocess, sys, tempfile
-
-import plain_deck
+import math, os, shutil, subprocess, sys, tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 WORST = 0.2  # smallest share of an ideal element's shape, 1 for the equilateral one
+KIVODECK = shutil.which("kivodeck") or os.path.join(HERE, "..", "..", "build", "kivodeck")
 EDGES = {"CPS6": ((0, 1), (1, 2), (2, 0)), "C3D10": ((0, 1), (1, 2), (2, 0), (0, 3), (1, 3), (2, 3))}
 
 
 class Example:
-    """Dimension; title and picture; cell groups, each with gmsh's set; node sets and surfaces, named like gmsh's sets."""
+    """Dimension; title and picture; cell groups, node sets and surfaces, named like gmsh's sets."""
 
     def __init__(self, name, dimension, title, groups, node_sets, surfaces):
         self.name, self.dimension, self.title = name, dimension, title
@@ -29,18 +29,18 @@ EXAMPLES = (
             ("A plate of 80 by 40 mm with a hole of 16 mm: quadratic triangles in two dimensions.", "",
              "  +------------------------+", "  |           __           |", "  | Fixed    (  ) Hole     |  Pull ->",
              "  |           --           |", "  +--------Sliding---------+"),
-            (("Plate", "PLATE"),), ("Fixed", "Sliding"), ("Pull", "Hole")),
+            ("Plate",), ("Fixed", "Sliding"), ("Pull", "Hole")),
     Example("bracket", 3,
             ("An angle bracket of 6 mm, with a rib: quadratic tetrahedra.", "",
              "  | |\\          held in the holes of the foot (Bolts),", "  |o| \\         loaded in the hole of the upright (Load)", "  | |__\\____",
              "  |____o___|"),
-            (("Bracket", "BRACKET"),), ("Bolts", "Foot"), ("Load", "Top")),
+            ("Bracket",), ("Bolts", "Foot"), ("Load", "Top")),
     Example("bonded_joint", 3,
             ("Two sheets and the glue between them: linear tetrahedra.", "",
              "              +---------------------+", "              |     Upper_Sheet     | Pull ->",
              "  Fixed +-----+-------C_Glue--------+", "        |    Lower_Sheet   |", "        +------------------+", "",
              "The name of the glue begins with C_: each of its elements gets nodes of its own."),
-            (("Lower_Sheet", "LOWER_SHEET"), ("C_Glue", "C_GLUE"), ("Upper_Sheet", "UPPER_SHEET")),
+            ("Lower_Sheet", "C_Glue", "Upper_Sheet"),
             ("Fixed",), ("Below_Glue", "Above_Glue", "Pull")),
 )
 
@@ -97,48 +97,79 @@ def check(example, kind, number, p):
             sys.exit("%s: element %d is curved too much: %.3f" % (example.name, number, worst))
 
 
+class Mesh:
+    """A plain deck: coordinates by node; type and nodes by element; members by name of group, node set and surface."""
+
+    def __init__(self, path):
+        self.nodes, self.elements, self.groups, self.node_sets, self.surfaces = {}, {}, {}, {}, {}
+        with open(path) as lines:
+            for line in lines:
+                if line[0] == "*":
+                    keyword, *words = line[1:].strip().split(", ")
+                    words = dict(word.split("=") for word in words)
+                else:
+                    self.take(keyword, words, line.strip().split(", "))
+
+    def take(self, keyword, words, fields):
+        if keyword == "Node":
+            self.nodes[int(fields[0])] = [float(x) for x in fields[1:] + ["0"]][:3]
+        elif keyword == "Element":
+            self.elements[int(fields[0])] = words["type"], [int(n) for n in fields[1:]]
+            self.groups.setdefault(words["elset"], []).append(int(fields[0]))
+        elif keyword == "Nset":
+            for name in words["nset"].split("+"):  # of several sets at once
+                self.node_sets.setdefault(name, []).extend(int(n) for n in fields)
+        elif keyword == "Surface":
+            for name in words["name"].split("+"):
+                self.surfaces.setdefault(name, []).append((int(fields[0]), fields[1]))
+
+
 def mesh(example):
     with tempfile.TemporaryDirectory() as scratch:
-        raw = os.path.join(scratch, "raw.inp")
+        raw, plain = os.path.join(scratch, "raw.inp"), os.path.join(scratch, "plain.inp")
         subprocess.run(["gmsh", "-%d" % example.dimension, "-v", "1", "-o", raw, os.path.join(HERE, example.name + ".geo")],
                        check=True)
-        return plain_deck.Deck(raw)
+        subprocess.run([KIVODECK, "flatten", "--groups=sets", "--overlaps=split", raw, "-o", plain], check=True,
+                       stdout=subprocess.DEVNULL)
+        return Mesh(plain)
 
 
 def number(value):
     return "%.7g" % (0.0 if abs(value) < 1e-9 else value)
 
 
+def listing(numbers, step=12):
+    return "".join(", ".join(map(str, numbers[at:at + step])) + "\n" for at in range(0, len(numbers), step))
+
+
 def write(example, deck, put):
-    blocks = [(name, deck.numbers(of, deck.cell_sets)) for name, of in example.groups]
+    blocks = [(name, deck.groups[name.upper()]) for name in example.groups]
     cells = {old: new for new, old in enumerate((e for _, es in blocks for e in es), 1)}
     used = sorted({n for e in cells for n in deck.elements[e][1]})
     nodes = {old: new for new, old in enumerate(used, 1)}
-    points = {old: [float(x) for x in deck.nodes[old]] for old in used}
 
     put("*Heading\n " + example.title[0] + "\n**\n")
     put("".join(("** " + line).rstrip() + "\n" for line in example.title[2:]))
     put("** Lengths in mm. Made by make/make_examples.py.\n**\n*Node\n")
     for old, new in nodes.items():
-        put("%d, %s\n" % (new, ", ".join(number(x) for x in points[old][:example.dimension])))
+        put("%d, %s\n" % (new, ", ".join(number(x) for x in deck.nodes[old][:example.dimension])))
     for name, es in blocks:
         kind = deck.elements[es[0]][0]
         put("*Element, type=%s, elset=%s\n" % (kind, name))
         for e in es:
-            check(example, kind, cells[e], [points[n] for n in deck.elements[e][1]])
+            check(example, kind, cells[e], [deck.nodes[n] for n in deck.elements[e][1]])
             put("%d, %s\n" % (cells[e], ", ".join(str(nodes[n]) for n in deck.elements[e][1])))
     put("** A node keeps the tag of the first set that lists it.\n")
     for name in example.node_sets:
         put("*Nset, nset=%s\n" % name)
-        put("".join(plain_deck.listing(sorted(nodes[n] for n in deck.node_numbers((name.upper(), True)) if n in nodes))))
+        put(listing(sorted(nodes[n] for n in deck.node_sets[name.upper()] if n in nodes)))
     put("** Surfaces: sets of elements, by the face or edge with which they lie on the surface.\n")
-    surfaces = deck.surfaces_of_bounds()
     for name in example.surfaces:
-        rows = [(cells[e], label) for e, label in surfaces[name.upper()]]
+        rows = [(cells[e], label) for e, label in deck.surfaces[name.upper()]]
         labels = sorted({label for _, label in rows})
         for label in labels:
             put("*Elset, elset=%s_%s\n" % (name, label))
-            put("".join(plain_deck.listing(sorted(e for e, its in rows if its == label))))
+            put(listing(sorted(e for e, its in rows if its == label)))
         put("*Surface, type=ELEMENT, name=%s\n" % name)
         put("".join("%s_%s, %s\n" % (name, label, label) for label in labels))
 

@@ -177,7 +177,8 @@ class Page:
             with open(os.path.join(self.folder, block.options["name"]), "w", encoding="utf-8") as stream:
                 stream.write("".join(line + "\n" for line in block.lines))
         elif block.kind == "console":
-            missing = [name for name in block.options.get("needs", "").split(",") if name and not shutil.which(name)]
+            needed = filter(None, block.options.get("needs", "").split(","))
+            missing = [name for name in needed if not shutil.which(name, path=self.environment["PATH"])]
             if missing:
                 self.notes.append("%s:%d: passed over, no %s here" % (self.path, block.line, ", ".join(missing)))
             else:

@@ -82,6 +82,9 @@ class Pages(unittest.TestCase):
         self.assertEqual(status, 0)
         self.assertIn("passed over, no no-such-program here", out)
 
+    def test_a_program_that_is_given_is_not_missing(self):
+        self.bad("```console needs=kivodeck\n$ kivodeck\n```\n", "does not print", more=["--second", self.program])
+
     def test_a_run_that_tests_nothing_fails(self):
         self.assertEqual(self.run_page("Words only.\n")[0], 1)
 

@@ -1,14 +1,17 @@
 #!/usr/bin/python3
 """Runs the program on decks that are made to hurt it.
 
-    hostile.py --program PATH --work DIR [--size BYTES] [--only NAME] [--verbose]
+    hostile.py --program PATH --work DIR [--check] [--size BYTES] [--only NAME] [--verbose]
 
 Each deck is made twice, once as large as asked for and once eight times as large. A run must end with status 0,
 leave a whole "mesh.input" and the summary that the deck's making foretells. Eight times the work may take eight
 times the processor time and a margin for the logarithm; work is what is read and what is written, because some
 decks make a log or files that outgrow them. Memory must stay in proportion to the deck.
+
+With --check the program is kivodeck, and each deck, of some kinds more, is checked: the status is 0 or 1, or 2
+where a file is missing, the report one whole object.
 """
-import argparse, itertools, mmap, os, random, re, resource, shutil, sys
+import argparse, itertools, json, mmap, os, random, re, resource, shutil, sys
 
 DEFAULT_SIZE = 200_000
 FACTOR = 8
@@ -23,6 +26,11 @@ MOST_SECONDS = 120
 # of the store, 300 bytes each, out of 6 bytes. The constant holds the program, its blocks and first pages.
 HELD_PER_BYTE = 128
 HELD_ALWAYS = 48 << 20
+
+# A finding in JSON has some hundred bytes, and the dearest decks have one every ten. What a deck lists many times, sets
+# of sets and surfaces of one set, is held some million times whatever the deck's size.
+CHECK_HELD_PER_BYTE = 400
+CHECK_HELD_ALWAYS = 300 << 20
 
 MOST = 2_000_000_000
 NODES3 = b"*NODE\n1,0,0\n2,1,0\n3,0,1\n"
@@ -254,6 +262,92 @@ DECKS = {
     "one long name": one_long_name,
 }
 
+# Checked alone: what the translator passes over or refuses. ------------------------------------------------
+
+PART = b"*PART,NAME=P%d\n" + ONE_CELL + b"*END PART\n"
+QUADS = b"*NODE\n1,0,0\n2,1,0\n3,1,1\n4,0,1\n"
+MANY_CELLS = [numbered(b"%d,1,2,3\n", ascending), 0.4]
+
+
+def then(*steps):
+    """Steps in turn: bytes are put as they are, (row, part) is rows up to that part of the deck."""
+    def make(deck):
+        for step in steps:
+            if isinstance(step, bytes):
+                deck.put(step)
+            else:
+                deck.rows(*step)
+        return {}
+    return make
+
+
+def cells_then(*steps):
+    """A set E of many cells, which are the group A, then the steps."""
+    return then(NODES3 + b"*ELEMENT,TYPE=CPS3,ELSET=A\n", MANY_CELLS, b"*ELSET,ELSET=E,GENERATE\n1,90000000\n", *steps)
+
+
+def nodes_then(*steps):
+    return then(b"*NODE\n", [numbered(b"%d,0\n", lambda i: 2 * i + 1), 0.4], *steps)
+
+
+def placed(rows_of_part, *steps):
+    """One part of many rows, then its instances."""
+    return then(b"*PART,NAME=P\n" + NODES3, *rows_of_part, b"*END PART\n*ASSEMBLY\n",
+                [numbered(b"*INSTANCE,NAME=I%d,PART=P\n1,0,0\n*END INSTANCE\n", ascending), 1.0], *steps)
+
+
+CHECKED = {
+    "sets of the set before": then(b"*NODE\n1,0\n*NSET,NSET=N0\n1\n",
+                                   [lambda i: b"*NSET,NSET=N%d\nN%d,1\n" % (i + 1, i), 1.0]),
+    "sets of the set behind": then(b"*NODE\n1,0\n", [lambda i: b"*NSET,NSET=N%d\nN%d,1\n" % (i, i + 1), 1.0]),
+    "sets that grow": nodes_then(b"*NSET,NSET=N0\n1\n",
+                                 [lambda i: b"*NSET,NSET=N%d\nN%d,%d\n" % (i + 1, i, 2 * i + 1), 1.0]),
+    "one set named again and again": nodes_then(b"*NSET,NSET=A,GENERATE\n1,90000000\n*NSET,NSET=B\n",
+                                                [same(b"A\n"), 1.0]),
+    "one large set after another": nodes_then([numbered(b"*NSET,NSET=A%d,GENERATE\n1,90000001\n", ascending), 1.0]),
+    "ranges of nothing": nodes_then(b"*NSET,NSET=A,GENERATE\n", [same(b"2,90000000,2\n"), 1.0]),
+    "one set in many sections": nodes_then([numbered(b"*NSET,NSET=A\n%d\n", lambda i: 2 * i + 1), 1.0]),
+    "one surface in many sections": cells_then([numbered(b"*SURFACE,NAME=S\n%d,S1\n", ascending), 1.0]),
+    "rows of a set without label": cells_then(b"*SURFACE,NAME=S\n", [same(b"E\n"), 1.0]),
+    "surfaces without label": cells_then([numbered(b"*SURFACE,NAME=S%d\nE\n", ascending), 1.0]),
+    "rows of a group": cells_then(b"*SURFACE,NAME=S\n", [same(b"A,S1\nA,S2\n"), 1.0]),
+    "surfaces taken away": cells_then(b"*SURFACE,NAME=S\nE,S1\n*SURFACE,NAME=T\n1,S1\n"
+                                      b"*SURFACE,NAME=D,COMBINE=DIFFERENCE\nS\n", [same(b"T\n"), 1.0]),
+    "one section again and again": cells_then([same(b"*SOLID SECTION,ELSET=E,MATERIAL=M\n"), 1.0]),
+    "parts of one cell": rows(numbered(PART, ascending)),
+    "parts that are not used": then([numbered(PART, ascending), 1.0], b"*INSTANCE,NAME=I,PART=P0\n*END INSTANCE\n"),
+    "lost rows beside parts": then([numbered(b"*PART,NAME=P%d\n*END PART\n", ascending), 0.5],
+                                   ONE_CELL + b"*ELSET,ELSET=E,GENERATE\n1,1\n*SURFACE,NAME=S\n",
+                                   [same(b"E,S1\n"), 1.0]),
+    "instances of many cells": placed([b"*ELEMENT,TYPE=CPS3\n", [numbered(b"%d,1,2,3\n", ascending), 0.01]]),
+    "instances of many sets": placed([[numbered(b"*NSET,NSET=N%d\n1\n", ascending), 0.5]]),
+    "instances of one long set": placed([b"*NSET,NSET=N\n", [same(b"1,1,1,1\n"), 0.5]]),
+    "nodes given twice beside blocks": rows(lambda i: b"*NODE\n%d,0\n%d,1\n" % (i, i)),
+    "one node again and again": then(b"*NODE\n", [same(b"1,0\n1,1\n"), 0.7], b"*NSET,NSET=A\n1\n"),
+    "types that nobody knows": rows(lambda i: b"*ELEMENT,TYPE=X%d,ELSET=A\n%d,1\n" % (i, i), head=NODES3),
+    "beams": rows(numbered(b"*ELEMENT,TYPE=B31\n%d,1,2\n", ascending), head=NODES3),
+    "hexahedra's like": rows(numbered(b"%d,1,2,3,4\n", ascending), head=QUADS + b"*ELEMENT,TYPE=CPS4\n"),
+    "one set of many sections copied": then(ONE_CELL, [same(b"*ELSET,ELSET=A\n1\n"), 0.4],
+                                            [same(b"*ELCOPY,OLD SET=A,ELEMENT SHIFT=0,SHIFT NODES=0\n"), 1.0]),
+    "nodes filled between": nodes_then(b"*NSET,NSET=A,GENERATE\n1,90000001,2\n*NFILL\n", [same(b"A,A,1\n"), 1.0]),
+    "lines generated": rows(numbered(b"%d,%d\n", lambda i: 1, lambda i: 11), head=b"*NODE\n1,0\n11,1\n*NGEN\n"),
+    "included again and again": rows(same(b"*INCLUDE,INPUT=part.inp\n")),
+    "included beside sections": rows(same(b"*INCLUDE,INPUT=part.inp\n*NSET,NSET=A\n1\n*SOLID SECTION,ELSET=E\n")),
+    "missing files": rows(numbered(b"*INCLUDE,INPUT=nowhere%d\n", ascending)),
+    "misspelt keywords": rows(numbered(b"*NSETT,NSET=N%d\n*ELEMNT\n", ascending)),
+    "keywords cut short": rows(numbered(b"*ELEM,TYPE=CPS3,ELSET=E%d\n%d,1,2,3\n", ascending, ascending), head=NODES3),
+    "numbers out of range": rows(numbered(b"%d,99999999999,\n1.0,x,\n", ascending), head=b"*NSET,NSET=A\n"),
+    "commas at rows' ends": rows(numbered(b"%d,0,0,\n%d,0,0\n", lambda i: 2 * i, lambda i: 2 * i + 1), head=b"*NODE\n"),
+    "blanks for commas": rows(numbered(b"%d 0 0\n", ascending), head=b"*NODE\n"),
+    "systems": rows(same(b"*SYSTEM\n1,0,0\n*NODE\n1,0\n")),
+    "many parameters": rows(numbered(b"P%d=1,\n", ascending), head=b"*NODE,\n"),
+    "the assembly's assembly": then(b"*NSET,NSET=A\n", [same(b"ASSEMBLY."), 1.0], b"A\n"),
+    "names of many dots": rows(numbered(b"%d.............................................1\n", ascending),
+                               head=b"*NODE\n1,0\n*NSET,NSET=A\n"),
+    "a long name of many lost rows": then(ONE_CELL + b"*SURFACE,NAME=", [same(b"S"), 0.4], b"\n",
+                                          [numbered(b"X%d,S1\n", ascending), 1.0]),
+}
+
 # Written with "--vtk" too.
 WITH_VTK = {"cohesive groups", "mixed types", "equal elements", "node sets, one name", "overlapping element blocks",
             "random words", "unresolved elements", "many surfaces of one set"}
@@ -277,7 +371,7 @@ def summary_of(path):
 class Run:
     """One run in a folder that holds "deck.inp": what it took and what it left."""
 
-    def __init__(self, program, folder, arguments, limit_memory):
+    def __init__(self, program, folder, arguments, limit_memory=0):
         child = os.fork()
         if child == 0:
             try:
@@ -288,7 +382,7 @@ class Run:
                 resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
                 if limit_memory:
                     resource.setrlimit(resource.RLIMIT_AS, (limit_memory, limit_memory))
-                os.execv(program, [program, "deck.inp", *arguments])
+                os.execv(program, [program, *arguments])
             finally:
                 os._exit(127)
         _, status, usage = os.wait4(child, 0)
@@ -298,8 +392,31 @@ class Run:
         self.peak = usage.ru_maxrss * 1024
         self.read = os.path.getsize(deck)
         self.written = sum(e.stat().st_size for e in os.scandir(folder)) - self.read
-        self.errors, self.log_end, self.summary = end_of(errors), end_of(log), summary_of(log)
+        self.errors, self.log_end, self.summary, self.log = end_of(errors), end_of(log), summary_of(log), log
         self.mesh_end = end_of(mesh) if os.path.isfile(mesh) else b""
+
+
+def complaints_of_memory(run, per_byte, always):
+    most = run.read * per_byte + always
+    return [f"took {run.peak >> 20} MB of memory, more than {most >> 20} MB"] if run.peak > most else []
+
+
+def complaints_of_check(run, bounded):
+    """What is wrong with a check."""
+    if run.status not in (0, 1, 2) or run.errors:
+        return [f"ended with {run.status}: {run.errors.decode('latin-1').strip()[-300:]}"]
+    found = complaints_of_memory(run, CHECK_HELD_PER_BYTE, CHECK_HELD_ALWAYS) if bounded else []
+    try:
+        with open(run.log, encoding="utf-8") as file:
+            report = json.load(file)
+        if sum(report["verdict"].values()) != len(report["findings"]):
+            found.append("the verdict does not count the findings")
+        codes = {finding["code"] for finding in report["findings"]}
+        if (run.status == 2) != ("include-missing" in codes):
+            found.append(f"ended with {run.status}")
+    except ValueError as error:
+        found.append(f"the report is no object: {error}")
+    return found
 
 
 def complaints_of(run, wanted, bounded):
@@ -317,26 +434,30 @@ def complaints_of(run, wanted, bounded):
         figure = re.search(rb"^ *%s *= *(-?\d+)$" % words.encode(), run.summary, re.MULTILINE)
         if figure is None or int(figure[1]) != number:
             found.append(f"{words} is {figure and int(figure[1])}, not {number}")
-    most = run.read * HELD_PER_BYTE + HELD_ALWAYS
-    if bounded and run.peak > most:
-        found.append(f"took {run.peak >> 20} MB of memory, more than {most >> 20} MB")
-    return found
+    return found + (complaints_of_memory(run, HELD_PER_BYTE, HELD_ALWAYS) if bounded else [])
 
 
-def run_deck(name, size, program, work, bounded):
+def run_deck(name, size, program, work, bounded, check):
     """Makes the deck and runs the program on it: the run, and what is wrong with it."""
     folder = os.path.join(work, re.sub(r"[^a-z]+", "-", name.lower()))
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)
     deck = Deck(size)
-    wanted = DECKS[name](deck)
+    wanted = (DECKS.get(name) or CHECKED[name])(deck)
     with open(os.path.join(folder, "deck.inp"), "wb") as file:
         file.write(deck.text)
-    limit = len(deck.text) * HELD_PER_BYTE * 2 + (1 << 30) if bounded else 0
+    limit = len(deck.text) * HELD_PER_BYTE * 2 + (1 << 30) if bounded and not check else 0
     del deck
-    run = Run(program, folder, ["--vtk"] if name in WITH_VTK else [], limit)
+    if check:
+        with open(os.path.join(folder, "part.inp"), "wb") as file:
+            file.write(b"*NODE,NSET=A\n1,0\n")
+        run = Run(program, folder, ["check", "--format=json", "deck.inp"])
+        found = complaints_of_check(run, bounded)
+    else:
+        run = Run(program, folder, ["deck.inp", *(["--vtk"] if name in WITH_VTK else [])], limit)
+        found = complaints_of(run, wanted, bounded)
     shutil.rmtree(folder)
-    return run, complaints_of(run, wanted, bounded)
+    return run, found
 
 
 def compare_runs(small, large):
@@ -353,7 +474,8 @@ def main():
     parser.add_argument("--program", required=True, type=os.path.abspath)
     parser.add_argument("--work", required=True)
     parser.add_argument("--size", type=int, default=DEFAULT_SIZE)
-    parser.add_argument("--only", choices=DECKS)
+    parser.add_argument("--check", action="store_true", help="the program is kivodeck")
+    parser.add_argument("--only", choices=[*DECKS, *CHECKED])
     parser.add_argument("--verbose", action="store_true")
     given = parser.parse_args()
     with open(given.program, "rb") as file:
@@ -361,9 +483,9 @@ def main():
     if not bounded:
         print("sanitizers are built in: time and memory are not bounded")
     failures, worst = 0, (0.0, "")
-    for name in [given.only] if given.only else DECKS:
-        small, found = run_deck(name, given.size, given.program, given.work, bounded)
-        large, more = run_deck(name, given.size * FACTOR, given.program, given.work, bounded)
+    for name in [given.only] if given.only else [*DECKS, *(CHECKED if given.check else ())]:
+        small, found = run_deck(name, given.size, given.program, given.work, bounded, given.check)
+        large, more = run_deck(name, given.size * FACTOR, given.program, given.work, bounded, given.check)
         found += more + (compare_runs(small, large) if bounded else [])
         held = max(0, large.peak - HELD_ALWAYS // 4) / large.read
         worst = max(worst, (held, name))

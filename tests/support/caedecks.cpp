@@ -102,7 +102,35 @@ struct Part : Scope {
 struct Instance {
     std::string name;
     const Part *part;
+    Point shift{}, a{}, b{}; // shifted first, then turned about the line from a to b
+    double degrees = 0;
 };
+
+// Where the instance puts the point, by Rodrigues' formula.
+Point Moved(const Instance &instance, Point p) {
+    Point axis{}, from{};
+    double length = 0;
+    for (std::size_t d = 0; d < 3; ++d) {
+        p[d] += instance.shift[d];
+        axis[d] = instance.b[d] - instance.a[d];
+        from[d] = p[d] - instance.a[d];
+        length += axis[d] * axis[d];
+    }
+    if (length == 0) {
+        return p;
+    }
+    double along = 0;
+    for (std::size_t d = 0; d < 3; ++d) {
+        axis[d] /= std::sqrt(length);
+        along += axis[d] * from[d];
+    }
+    const double angle = instance.degrees * std::acos(-1.0) / 180, c = std::cos(angle), s = std::sin(angle);
+    for (std::size_t d = 0; d < 3; ++d) {
+        const std::size_t e = (d + 1) % 3, f = (d + 2) % 3;
+        p[d] = instance.a[d] + c * from[d] + s * (axis[e] * from[f] - axis[f] * from[e]) + (1 - c) * along * axis[d];
+    }
+    return p;
+}
 
 std::string Whole(int number) {
     return "#" + std::to_string(number);
@@ -260,6 +288,9 @@ class Builder {
             AddMiddles(&part);
         }
         generated ? WriteGenerated(&part) : WriteMesh(&part, quadratic);
+        if (!deck_.plain && dice_.Chance(0.15)) {
+            CopyMesh(&part);
+        }
         return part;
     }
 
@@ -393,6 +424,64 @@ class Builder {
             part->sets[kElements][rest].emplace(0, number);
         }
         part->sets[kElements][group].emplace(0, master);
+    }
+
+    // All numbers from the first to the last as a set, and the step to a second such row of them.
+    std::string SetOfAll(Part *part, int kind, int *step) {
+        const Ints numbers = part->Numbers(kind);
+        const std::string keyword = kind == kNodes ? "NSET" : "ELSET";
+        std::string name = Name();
+        Add(part, {keyword, keyword + "=" + Quoted(name), "GENERATE"});
+        AddRow(part, {Whole(numbers.front()), Whole(numbers.back())});
+        for (const int number : numbers) {
+            part->sets[kind][name].emplace(0, number);
+        }
+        *step = numbers.back() - numbers.front() + dice_.From(1, 100);
+        return name;
+    }
+
+    // NEW SET= or nothing.
+    void AddNewSet(Part *part, int kind, Strings *keyword, const Ints &made) {
+        if (dice_.Chance(0.5)) {
+            const std::string name = Name();
+            keyword->push_back("NEW SET=" + Quoted(name));
+            for (const int number : made) {
+                part->sets[kind][name].emplace(0, number);
+            }
+        }
+    }
+
+    // The whole mesh once more, beside itself.
+    void CopyMesh(Part *part) {
+        int nodeStep = 0, elementStep = 0;
+        const std::string nodes = SetOfAll(part, kNodes, &nodeStep);
+        const std::string elements = SetOfAll(part, kElements, &elementStep);
+        part->own.insert(elements);
+        const Point shift = {size_ * 7, size_ * dice_.From(-2, 2), deck_.dimension == 3 ? size_ : 0};
+        Ints newNodes, newElements;
+        for (const int number : part->Numbers(kNodes)) {
+            const Point p = part->nodes.at(number);
+            part->nodes[number + nodeStep] = {p[0] + shift[0], p[1] + shift[1], p[2] + shift[2]};
+            newNodes.push_back(number + nodeStep);
+        }
+        for (const int number : part->Numbers(kElements)) {
+            Element copy = part->elements.at(number);
+            for (int &node : copy.nodes) {
+                node += nodeStep;
+            }
+            part->elements[number + elementStep] = copy;
+            newElements.push_back(number + elementStep);
+        }
+        part->measure *= 2;
+        const std::string change = std::to_string(nodeStep);
+        Strings keyword = {"NCOPY", "CHANGE NUMBER=" + change, "OLD SET=" + Quoted(nodes), "SHIFT"};
+        AddNewSet(part, kNodes, &keyword, newNodes);
+        Add(part, keyword);
+        AddRow(part, {Real(shift[0]), Real(shift[1]), Real(shift[2])});
+        keyword = {"ELCOPY", "ELEMENT SHIFT=" + std::to_string(elementStep), "OLD SET=" + Quoted(elements),
+                   "SHIFT NODES=" + change};
+        AddNewSet(part, kElements, &keyword, newElements);
+        Add(part, keyword);
     }
 
     // Sets ----------------------------------------------------------------------------------------------
@@ -602,6 +691,7 @@ class Builder {
         for (const Ints &some : dice_.Deal(nodes, 3)) {
             const std::string name = Name();
             Add(part, {"NSET", "NSET=" + name});
+            part->sets[kNodes][name] = {};
             for (const int number : some) {
                 AddRow(part, {Whole(number)});
                 part->sets[kNodes][name].emplace(0, number);
@@ -656,22 +746,23 @@ class Builder {
     void AddInstance(const Part &part, bool own) {
         const std::string name = dice_.Of({"I-", "INST.", "Block "}) + std::to_string(++names_);
         Add(&root_, {"INSTANCE", "NAME=" + Quoted(name), "PART=" + part.name});
+        Instance instance{name, &part};
         const bool turned = dice_.Chance(0.5);
         if (turned || dice_.Chance(0.5)) {
-            const double lift = deck_.dimension == 3 ? 1.5 : 0;
-            AddRow(&root_, {Real(dice_.From(-9, 9)), Real(dice_.From(-9, 9)), Real(lift)});
+            instance.shift = {1.0 * dice_.From(-9, 9), 1.0 * dice_.From(-9, 9), deck_.dimension == 3 ? 1.5 : 0};
+            AddRow(&root_, {Real(instance.shift[0]), Real(instance.shift[1]), Real(instance.shift[2])});
         }
         if (turned) {
-            const Point a = {1, 2, 0};
-            const double x = deck_.dimension == 3 ? 3 : 1; // in the plane the axis stands on it
-            AddRow(&root_,
-                   {Real(a[0]), Real(a[1]), Real(a[2]), Real(x), Real(2), Real(5), Real(dice_.From(-180, 180))});
+            instance.a = {1, 2, 0};
+            instance.b = {deck_.dimension == 3 ? 3.0 : 1.0, 2, 5}; // in the plane the axis stands on it
+            instance.degrees = dice_.From(-180, 180);
+            AddRow(&root_, {Real(1), Real(2), Real(0), Real(instance.b[0]), Real(2), Real(5), Real(instance.degrees)});
         }
         if (own) {
             root_.lines.insert(root_.lines.end(), part.lines.begin(), part.lines.end());
         }
         Add(&root_, {"END INSTANCE"});
-        instances_.push_back({name, &part});
+        instances_.push_back(instance);
     }
 
     void AddAssemblySets() {
@@ -760,6 +851,12 @@ class Builder {
         deck_.nodes += static_cast<long long>(part.nodes.size());
         deck_.elements += static_cast<long long>(part.elements.size());
         deck_.measure += part.measure;
+        for (const auto &node : part.nodes) {
+            const Point place = Moved(instance, node.second);
+            for (std::size_t d = 0; d < 3; ++d) {
+                deck_.places[d] += place[d];
+            }
+        }
         CountScope(instance, part);
         std::map<std::string, long long> groups;
         for (const auto &entry : part.elements) {
@@ -830,7 +927,7 @@ class Speller {
     }
 
     std::string PutFile(const std::string &text) {
-        const std::string name =
+        std::string name =
             (dice_.Chance(0.5) ? "sub/" : "") + std::string("f") + std::to_string(deck_.files.size()) + ".inp";
         deck_.files[name] = text;
         return name;
@@ -848,7 +945,7 @@ class Speller {
     }
 
     std::string Field(const std::string &field, bool isKeyword, bool isFirst) {
-        const std::string text = field.substr(field[0] == '#' || field[0] == '~' ? 1 : 0);
+        std::string text = field.substr(field[0] == '#' || field[0] == '~' ? 1 : 0);
         if (field[0] == '#') {
             return dice_.Chance(odd_ * 0.1) ? text + dice_.Of({".", ".0"}) : text;
         }

@@ -6,6 +6,7 @@
 #ifndef KIVOM_TESTS_SUPPORT_CAEDECKS_H
 #define KIVOM_TESTS_SUPPORT_CAEDECKS_H
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -25,7 +26,8 @@ struct CaeDeck {
     long long nodes = 0, elements = 0;
     std::vector<CaeCount> nodeSets; // those of surfaces of nodes, too
     std::vector<CaeCount> elementSets, surfaces, cellGroups;
-    double measure = 0; // area or volume
+    double measure = 0;             // area or volume
+    std::array<double, 3> places{}; // sum of all nodes' coordinates
 };
 
 CaeDeck MakeCaeDeck(std::uint64_t seed);
