@@ -201,7 +201,7 @@ TEST_F(Audit, ShowsTheWorstTen) {
     EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][2]["count"], 4);
 }
 
-TEST_F(Audit, AsJsonHasTheContractsKeys) {
+TEST_F(Audit, AsJsonHasTheseKeys) {
     Write(kTurned);
     const Outcome run = Run("audit --format=json");
     EXPECT_EQ(run.status, 1);
