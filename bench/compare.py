@@ -4,6 +4,9 @@
   compare.py [--program PATH] [--maker PATH] [--plain PATH] [--kivodeck PATH] [--folder DIR] [--repetitions N]
              [--types C3D4,C3D10] [--decks LIST] [--no-peers] [--quick] [--markdown PATH] [--strict]
 
+With --kivodeck the mesh file of the base and the large deck is audited, too: it must be found right, and time and memory
+are held against the run's without --vtk.
+
 The floor of a run is `cat deck >/dev/null` plus `cp` of the files that the run writes. Peers are those of gmsh
 (VTK to VTK of the same mesh), meshio (deck to legacy VTK) and cgx (deck to deck) that are installed. Time is the
 processor time of the whole process, user and system together. All runs are made in turn on a memory file system,
@@ -55,6 +58,7 @@ SPARSE_LIMIT = 1.3
 MEMORY_LIMIT = 1.4
 VERBS = {"check": (1.5, 3.0), "flatten": (3.0, 4.0)}  # time and memory, of the translator's run without --vtk
 MESHIO_TIMES = 6.0
+AUDIT_LIMITS = (3.5, 3.0)  # processor time and peak memory of an audit, times those of the run without --vtk
 
 MESHIO_SCRIPT = """import sys, meshio
 mesh = meshio.read(sys.argv[1], file_format="abaqus")
@@ -189,6 +193,10 @@ class Deck:
         cp = run_well(["cp", *sorted(os.listdir(out)), copy], out)
         shutil.rmtree(copy)
         return Usage(cat.seconds + cp.seconds, max(cat.kilobytes, cp.kilobytes), 0)
+
+    def audit(self):
+        """The second program judges what the run has written; a mesh that is not right ends it with a status."""
+        return run_well([self.options.kivodeck, "audit", "mesh.input"], self.out(False))
 
     def check(self, has_vtk):
         print(f"checking {self.name(has_vtk)}", file=sys.stderr)
@@ -352,6 +360,8 @@ class Bench:
                 usages = {"run": deck.translate_again(has_vtk)}
                 if key in ("base", "large"):
                     usages["floor"] = deck.floor(has_vtk)
+                    if self.options.kivodeck and not has_vtk:
+                        usages["audit"] = deck.audit()
                 shutil.rmtree(deck.out(has_vtk))
                 for job, usage in usages.items() if is_counted else ():
                     deck.taken[has_vtk, job].append(usage)
@@ -382,7 +392,7 @@ class Bench:
                                    *(f"{s[key]:,}" for key in ("nodes", "elements", "node_sets", "element_sections",
                                                                "surfaces")), f"{deck.output[True][1] / 1e6:.1f}"))
             for (has_vtk, job), usages in deck.taken.items():
-                self.add_job(deck.name(has_vtk) + (": floor" if job == "floor" else ""), usages)
+                self.add_job(deck.name(has_vtk) + ("" if job == "run" else ": " + job), usages)
         for has_vtk in (True, False):
             base = decks["base"]
             self.add_ratio(f"{kind}: {'with' if has_vtk else 'without'} --vtk, times the floor",
@@ -394,6 +404,8 @@ class Bench:
         for deck in [decks[key] for key in ("base", "large") if key in decks]:
             for has_vtk in (False, True):
                 self.report_memory(deck, has_vtk)
+            if self.options.kivodeck:
+                self.report_audit(deck)
         self.report_peers(kind, decks["base"].time(True), peers)
 
     def add_job(self, title, usages):
@@ -430,6 +442,12 @@ class Bench:
             row = self.target_rows[-1]
             self.target_rows[-1] = row._replace(figure="not seen", is_met=None,
                                                 note=row.note + ", smaller than this command")
+
+    def report_audit(self, deck):
+        time, memory = AUDIT_LIMITS
+        self.add_ratio(f"{deck.title}: audit, times the run", deck.time(False, "audit") / deck.time(False), time)
+        peak = max(usage.kilobytes for usage in deck.taken[False, "audit"])
+        self.add_ratio(f"{deck.title}: peak of audit, times the run's", peak / deck.peak(False).kilobytes, memory)
 
     def report_peers(self, kind, ours, peers):
         for peer, usages in peers.items():

@@ -23,22 +23,6 @@ std::string PlainText(const FindingKind &kind) {
     return text;
 }
 
-std::string Wrap(const std::string &text, const std::string &indent) {
-    std::string out = indent;
-    std::size_t column = indent.size();
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find(' ', at), text.size());
-        if (column + (end - at) > kWidth && column > indent.size()) {
-            out += "\n" + indent;
-            column = indent.size();
-        }
-        out += (column > indent.size() ? " " : "") + text.substr(at, end - at);
-        column += end - at + 1;
-        at = end + 1;
-    }
-    return out + "\n";
-}
-
 std::string Indent(const std::string &text, const std::string &indent) {
     std::string out;
     for (std::size_t at = 0; at < text.size();) {
@@ -103,6 +87,22 @@ std::string AsListLine(const FindingKind &kind) {
 }
 
 } // namespace
+
+std::string Wrap(const std::string &text, const std::string &indent) {
+    std::string out = indent;
+    std::size_t column = indent.size();
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find(' ', at), text.size());
+        if (column + (end - at) > kWidth && column > indent.size()) {
+            out += "\n" + indent;
+            column = indent.size();
+        }
+        out += (column > indent.size() ? " " : "") + text.substr(at, end - at);
+        column += end - at + 1;
+        at = end + 1;
+    }
+    return out + "\n";
+}
 
 std::string ExplainAll(const std::string &format) {
     if (format == "json") {

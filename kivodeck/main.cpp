@@ -2,6 +2,7 @@
 //
 // Exit status: 0 clean, 1 findings of the level that --fail-on names, 2 wrong usage or a file that cannot be read or
 // written.
+#include "kivodeck/audit.h"
 #include "kivodeck/flat.h"
 #include "kivodeck/report.h"
 #include "kivodeck/terminal.h"
@@ -36,6 +37,7 @@ struct Options {
     std::string format = "text";
     std::string failOn; // "": the verb's own
     bool all = false;
+    kivodeck::AuditOptions audit;
     kivodeck::FlatJob flat;
     std::string groups;
     std::string overlaps = "smallest";
@@ -213,15 +215,30 @@ int RunAll(Options options) {
     return PrintFlat(result, options, files, lines, status);
 }
 
+int Audit(const Options &options) {
+    const kivodeck::AuditRun run = kivodeck::RunAudit(options.audit);
+    if (!run.complaint.empty()) {
+        std::fprintf(stderr, "kivodeck: %s\n", run.complaint.c_str());
+    }
+    return Print(run.report, run.status);
+}
+
+// A word may name a finding and a check.
 int Explain(const Options &options) {
     if (options.code.empty()) {
-        return Print(kivodeck::ExplainAll(options.format), kClean);
+        return Print(kivodeck::ExplainAll(options.format) + (options.format == "text" ? kivodeck::AuditNames() : ""),
+                     kClean);
     }
     account::Code code;
-    if (!account::FindCode(options.code, &code)) {
-        return Fail("usage", "there is no code " + options.code + " (kivodeck explain lists them)");
+    const bool isCode = account::FindCode(options.code, &code);
+    std::string text = isCode ? kivodeck::ExplainOne(code, options.format) : "";
+    if (!isCode || options.format == "text") {
+        const bool isCheck = kivodeck::ExplainAudit(options.code, options.format, &text);
+        if (!isCode && !isCheck) {
+            return Fail("usage", "there is no code " + options.code + " (kivodeck explain lists them)");
+        }
     }
-    return Print(kivodeck::ExplainOne(code, options.format), kClean);
+    return Print(text, kClean);
 }
 
 void DescribeCheck(CLI::App *verb, Options *options) {
@@ -260,8 +277,19 @@ void DescribeRun(CLI::App *verb, Options *options) {
     verb->add_flag("--keep", options->keep, std::string("keep the plain deck, ") + kFlatBeside);
 }
 
+void DescribeAudit(CLI::App *verb, Options *options) {
+    kivodeck::AuditOptions &audit = options->audit;
+    verb->add_option("MESH", audit.mesh, "the mesh file (default: mesh.input)");
+    verb->add_option("--format", audit.format, "text or json")->check(CLI::IsMember({"text", "json"}));
+    verb->add_option("--vtk", audit.vtk, "file for the cells, faces and nodes that fail");
+    verb->add_option("--limit", audit.limits, "MEASURE=LEAST:MOST, beyond which cells are counted")
+        ->expected(1)
+        ->take_all();
+    verb->add_flag("--counts", audit.counts, "only sizes and groups, without judging");
+}
+
 void DescribeExplain(CLI::App *verb, Options *options) {
-    verb->add_option("CODE", options->code, "a finding's code; all of them without it");
+    verb->add_option("CODE", options->code, "a finding, check or measure; without it all");
     verb->add_option("--format", options->format, "text, json, man or markdown")
         ->check(CLI::IsMember({"text", "json", "man", "markdown"}));
 }
@@ -304,10 +332,12 @@ int Run(int argc, char **argv) {
     CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
     CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
     CLI::App *run = app.add_subcommand("run", "flatten and translate: any deck to mesh.input");
+    CLI::App *audit = app.add_subcommand("audit", "a mesh.input judged");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);
     DescribeFlatten(flat, &options);
     DescribeRun(run, &options);
+    DescribeAudit(audit, &options);
     DescribeExplain(explain, &options);
     if (argc > 1 && argv[1][0] != '-' && !IsCommand(app, argv[1])) {
         return Fail("usage", std::string("there is no command ") + argv[1] + " (kivodeck --help lists them)");
@@ -325,7 +355,7 @@ int Run(int argc, char **argv) {
         return flat->parsed() ? Flatten(options) : RunAll(options);
     }
     options.failOn = options.failOn.empty() ? "warning" : options.failOn;
-    return check->parsed() ? Check(options) : Explain(options);
+    return check->parsed() ? Check(options) : audit->parsed() ? Audit(options) : Explain(options);
 }
 
 } // namespace

@@ -38,6 +38,9 @@ std::string JsonFailure(const std::string &code, const std::string &text);
 std::string ExplainAll(const std::string &format);
 std::string ExplainOne(account::Code code, const std::string &format);
 
+// A text in lines that fit a terminal, each after the indent; with the last line end.
+std::string Wrap(const std::string &text, const std::string &indent);
+
 } // namespace kivodeck
 
 #endif

@@ -78,6 +78,20 @@ bool AreItsDigits(const char *begin, const char *end, double value) {
            std::memcmp(text, begin, static_cast<std::size_t>(end - begin)) == 0;
 }
 
+// The field's number is the nearest double's, or that of one beside it: just below a power of ten 16 digits tell more
+// numbers apart than doubles do just above, so 1.000000000000000e-11 is nearest to a double that is written
+// 9.999999999999999e-12 and is what the next one is written as.
+bool FindValue(const char *begin, const char *end, double *value) {
+    const double nearest = *value;
+    for (const double one : {nearest, std::nextafter(nearest, HUGE_VAL), std::nextafter(nearest, -HUGE_VAL)}) {
+        if (AreItsDigits(begin, end, one)) {
+            *value = one;
+            return true;
+        }
+    }
+    return false;
+}
+
 // inf and nan of either sign.
 bool WordField(const char *at, double *value) {
     const double infinity = std::numeric_limits<double>::infinity();
@@ -130,7 +144,7 @@ bool RealField(const char *at, double *value) {
     const char *begin = at + places.first - (at[places.first - 1] == '-' ? 1 : 0);
     const char *end = at + kRealWidth;
     if (std::from_chars(begin, end, *value).ec == std::errc()) {
-        return AreSurelyItsDigits(at + places.first, *value) || AreItsDigits(begin, end, *value);
+        return AreSurelyItsDigits(at + places.first, *value) || FindValue(begin, end, value);
     }
     // The largest doubles round up, at 16 digits, to a number that no double reaches.
     *value = std::copysign(std::numeric_limits<double>::max(), *begin == '-' ? -1.0 : 1.0);

@@ -229,7 +229,8 @@ TEST(Terminal, SeesAfterASecondThatWorkGoesOn) {
 }
 
 TEST(Help, FitsAScreen) {
-    for (const std::string arguments : {"--help", "check --help", "explain --help", "flatten --help", "run --help"}) {
+    for (const std::string arguments :
+         {"--help", "check --help", "audit --help", "explain --help", "flatten --help", "run --help"}) {
         const Outcome run = RunDeck(arguments);
         EXPECT_EQ(run.status, 0) << arguments;
         std::istringstream in(run.out);

@@ -21,6 +21,9 @@ kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
                   --examples ${CMAKE_SOURCE_DIR}/examples --cases ${CMAKE_SOURCE_DIR}/tests/cases
                   --work ${CMAKE_CURRENT_BINARY_DIR}/vtk)
 
+# Measures of shape, held against the VTK library's.
+kivom_python_test(quality tests/vtk/run_quality.py $<TARGET_FILE:qualityvalues>)
+
 # The texts that the mutations replace stand where the list says.
 kivom_python_test(mutations.list tools/mutate --list)
 

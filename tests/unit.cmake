@@ -30,6 +30,11 @@ kivom_test(meshfile_test LINK kivom_meshfile kivom_system)
 target_sources(meshfile_test PRIVATE support/printmesh.cpp)
 target_compile_definitions(meshfile_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases")
 
+# What judges the mesh file.
+kivom_test(audit_test LINK kivom_audit kivom_fakesystem)
+target_compile_definitions(audit_test PRIVATE KIVOM_CASES="${CMAKE_CURRENT_SOURCE_DIR}/cases"
+  KIVOM_EXAMPLES="${PROJECT_SOURCE_DIR}/examples")
+
 kivom_test(account_findings_test LINK kivom_account kivom_deck kivom_core kivom_system)
 target_compile_definitions(account_findings_test PRIVATE
   KIVOM_PROGRAM="$<TARGET_FILE:KIVOm>" KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings")
@@ -57,6 +62,17 @@ if(TARGET kivodeck)
   kivom_test(kivodeck_files_test SLOW LINK nlohmann_json::nlohmann_json)
   target_compile_definitions(kivodeck_files_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>")
   add_dependencies(kivodeck_files_test kivodeck)
+  kivom_test(kivodeck_audit_test LINK nlohmann_json::nlohmann_json)
+  set(memory 2000000) # kilobytes
+  if(KIVOM_SANITIZE)
+    set(memory unlimited) # sanitizers set much more apart than they use
+  endif()
+  target_compile_definitions(kivodeck_audit_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>" KIVOM_MEMORY="${memory}")
+  add_dependencies(kivodeck_audit_test kivodeck)
   add_test(NAME docs.findings
     COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/tools/make-findings-pages --check $<TARGET_FILE:kivodeck>)
 endif()
+
+# The measures of shape, beside the VTK library's.
+add_executable(qualityvalues vtk/qualityvalues.cpp)
+target_link_libraries(qualityvalues PRIVATE kivom_audit)

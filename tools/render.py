@@ -5,9 +5,7 @@ FOLDER holds "mesh.input" and the "_*.vtk" files of a run with "--vtk". Cells ar
 faces lie on top in stronger colours, one for each surface; node sets are balls. Run it as "tools/render.py": it needs
 /usr/bin/python3 with VTK (apt-get install python3-vtk9) and, without a screen, xvfb-run (apt-get install xvfb xauth).
 """
-import argparse, os, shutil, sys
-
-import kivomesh
+import argparse, os, re, shutil, sys, types
 
 CELL_COLOURS = ((0.68, 0.80, 0.92), (0.98, 0.86, 0.60), (0.75, 0.88, 0.70), (0.86, 0.80, 0.92), (0.93, 0.82, 0.76))
 FACE_COLOURS = ((0.84, 0.15, 0.16), (0.70, 0.38, 0.80), (0.95, 0.45, 0.00), (0.75, 0.10, 0.42), (0.45, 0.25, 0.10))
@@ -125,6 +123,29 @@ def lift(renderer, view, extent):
         drawn.SetPosition(*(height * step * c for c in view))
 
 
+def read_mesh(path):
+    """Dimension and groups of "mesh.input"; positions and tags are in the VTK files, too, and are taken from there."""
+    with open(path, encoding="latin-1") as stream:
+        text = stream.read()
+    dimension = re.match(r"<Dimension>\n    Dimension = ([23])D\n", text)
+    groups = re.findall(r"^  <(Node|Face|Cell) Group> (.*)\n    \1Tag = +(-?\d+)$", text[text.rfind("\n<Groups>"):], re.M)
+    mesh = types.SimpleNamespace(dimension=int(dimension[1]) if dimension else None, node_groups=[], face_groups=[],
+                                 cell_groups=[])
+    for kind, name, tag in groups:
+        getattr(mesh, kind.lower() + "_groups").append(types.SimpleNamespace(name=name, tag=int(tag)))
+    return mesh
+
+
+def tags_of(grid):
+    return {int(tag) for tag in vtk_to_numpy(grid.GetCellData().GetArray("CellTag"))} if grid else set()
+
+
+def fill_mesh(mesh, folder):
+    cells, faces = read(os.path.join(folder, "_Cells.vtk")), read(os.path.join(folder, "_Faces.vtk"))
+    mesh.current = [tuple(p[:mesh.dimension]) for p in vtk_to_numpy(cells.GetPoints().GetData())]
+    mesh.cell_tags, mesh.face_tags = tags_of(cells), tags_of(faces)
+
+
 def size_of(mesh):
     sides = ([p[k] for p in mesh.current] for k in range(mesh.dimension))
     return sum((max(side) - min(side)) ** 2 for side in sides) ** 0.5
@@ -237,20 +258,22 @@ def main():
     parser.add_argument("picture", help="the PNG file to write")
     given = parser.parse_args()
     try:
-        mesh = kivomesh.read(os.path.join(given.folder, "mesh.input"))
-    except (kivomesh.MeshError, OSError) as error:
+        mesh = read_mesh(os.path.join(given.folder, "mesh.input"))
+    except OSError as error:
         sys.exit("render.py: %s" % error)
     if not os.path.exists(os.path.join(given.folder, "_Cells.vtk")):
         sys.exit("render.py: there is no _Cells.vtk in %s: run KIVOm with --vtk" % given.folder)
-    global vtk
+    global vtk, vtk_to_numpy
     try:
         import vtk
+        from vtk.util.numpy_support import vtk_to_numpy
     except ImportError:
         sys.exit("render.py: %s has no VTK: apt-get install python3-vtk9, and run it with /usr/bin/python3"
                  % sys.executable)
     with_a_screen()
-    if not mesh.dimension or not mesh.current:
+    if not mesh.dimension:
         sys.exit("render.py: there is nothing to draw")
+    fill_mesh(mesh, given.folder)
     picture, side = vtk.vtkRenderer(), vtk.vtkRenderer()
     picture.SetViewport(0, 0, 1 - LEGEND_WIDTH, 1)
     side.SetViewport(1 - LEGEND_WIDTH, 0, 1, 1)

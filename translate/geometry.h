@@ -1,26 +1,11 @@
-// Corner points of cells, and products of vectors with the terms in the order that fixes their rounding.
+// Corner points of cells, taken one by one from the store.
 #ifndef KIVOM_TRANSLATE_GEOMETRY_H
 #define KIVOM_TRANSLATE_GEOMETRY_H
 
 #include "store/families.h"
+#include "support/measures.h"
 
 #include <cstddef>
-
-struct Point {
-    double x, y, z;
-};
-
-inline Point operator-(Point a, Point b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
-inline Point Cross(Point a, Point b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-inline double Dot(Point a, Point b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
 
 // The cell in hand of a walk over all cells: neighbours are mostly of one family, whose columns are then at hand.
 struct CellInHand {

@@ -9,16 +9,13 @@
 
 #include "store/tags.h"
 #include "support/frame.h"
+#include "support/measures.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
 namespace {
-
-constexpr double kNoMinimum = 1e15; // start of every minimum: no value yet
-constexpr double kTiny = 1e-10;     // keeps divisions by a vanishing length harmless
-constexpr double kQuadratic = 0.5;  // nodes of quadratic cells are half as far apart
 
 // What one pass finds for the cells of one tag.
 struct TagResult {
@@ -81,63 +78,6 @@ template <class Measure> void MeasureCells(const Mesh *mesh, const TagResults &a
     }
 }
 
-void Lower(double *smallest, double value) {
-    *smallest = value < *smallest ? value : *smallest;
-}
-
-void Raise(double *largest, double value) {
-    *largest = value > *largest ? value : *largest;
-}
-
-// Squares of the cell's edge lengths, of triangles in the x-y plane. A correctly rounded root keeps order, so the root
-// of the smallest square is the smallest root, and one root per tag is enough.
-template <std::size_t nCorners> void MeasureEdges(const Point (&p)[nCorners], TagResult *result) {
-    for (std::size_t a = 0; a < nCorners; ++a) {
-        for (std::size_t b = a + 1; b < nCorners; ++b) {
-            const Point d = p[a] - p[b];
-            const double squared = nCorners == 3 ? d.x * d.x + d.y * d.y : Dot(d, d);
-            Lower(&result->smallest, squared);
-            Raise(&result->largest, squared);
-        }
-    }
-}
-
-// Distance of p from the line through q and r, in the x-y plane. A line shorter than kTiny is used as it is.
-double AltitudeOverLine(Point p, Point q, Point r) {
-    double ex = r.x - q.x;
-    double ey = r.y - q.y;
-    const double length = std::sqrt(ex * ex + ey * ey);
-    if (length > kTiny) {
-        ex /= length;
-        ey /= length;
-    }
-    return std::fabs(ex * (p.y - q.y) - ey * (p.x - q.x));
-}
-
-// Distance of p from the plane through q, r and s. kTiny is always added here, unlike above: the two guards
-// differ on purpose.
-double AltitudeOverPlane(Point p, Point q, Point r, Point s) {
-    const Point normal = Cross(r - q, s - q);
-    return std::fabs(Dot(normal, p - q)) / (std::sqrt(Dot(normal, normal)) + kTiny);
-}
-
-double SmallestAltitude(const Point (&p)[3]) {
-    double smallest = HUGE_VAL; // not kNoMinimum: half of that would look like a length
-    Lower(&smallest, AltitudeOverLine(p[0], p[1], p[2]));
-    Lower(&smallest, AltitudeOverLine(p[1], p[0], p[2]));
-    Lower(&smallest, AltitudeOverLine(p[2], p[0], p[1]));
-    return smallest;
-}
-
-double SmallestAltitude(const Point (&p)[4]) {
-    double smallest = HUGE_VAL;
-    Lower(&smallest, AltitudeOverPlane(p[0], p[1], p[2], p[3]));
-    Lower(&smallest, AltitudeOverPlane(p[1], p[0], p[2], p[3]));
-    Lower(&smallest, AltitudeOverPlane(p[2], p[0], p[1], p[3]));
-    Lower(&smallest, AltitudeOverPlane(p[3], p[0], p[1], p[2]));
-    return smallest;
-}
-
 } // namespace
 
 void CalLength(Mesh *mesh) {
@@ -147,8 +87,9 @@ void CalLength(Mesh *mesh) {
         return;
     }
     const TagResults all = NewTagResults(mesh->GRcell, HUGE_VAL);
-    MeasureCells(mesh, all,
-                 [](const auto &points, const ElementFamily &, TagResult *result) { MeasureEdges(points, result); });
+    MeasureCells(mesh, all, [](const auto &points, const ElementFamily &, TagResult *result) {
+        MeasureEdges(points, &result->smallest, &result->largest);
+    });
     for (GRcell *group = mesh->GRcell; group != nullptr; group = group->next) {
         const TagResult *result = ResultOf(all, group->iTag);
         if (result->bUnmeasurable) {

@@ -12,8 +12,8 @@ itself is without error) and after. A folder without decks is a failure.
 """
 import argparse, filecmp, json, os, re, subprocess, sys, tempfile
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-import kivomesh
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+import meshinput
 
 SUPPORTED = {"C3D4", "C3D10", "CPE3", "CPS3", "STRI3", "CPE6", "CPS6", "STRI65"}
 REFUSED = ("FILE", "INPUT", "OFFSET", "SOLIDELEMENTNUMBERING")
@@ -54,7 +54,7 @@ def check(program, deck):
             return "%d elements expected, the summary says %s" % (expected, summary and summary.group(1))
         if expected == 0:
             return None  # no dimension then, and a mesh file without nodes
-        mesh = kivomesh.read(os.path.join(work, "mesh.input"))
+        mesh = meshinput.read(os.path.join(work, "mesh.input"))
         if len(mesh.cells) != expected:
             return "%d elements expected, mesh.input has %d" % (expected, len(mesh.cells))
     return None

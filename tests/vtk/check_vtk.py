@@ -14,8 +14,8 @@ Whoever imports it leaves with exit status 77 where VTK or meshio is not install
 import math, os, sys
 from collections import Counter, namedtuple
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-import kivomesh
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+import meshinput
 
 try:
     import meshio
@@ -396,8 +396,8 @@ def check_file(folder, name, with_data, compare, *how):
 def check_run(folder, good=False, oriented=False, straight=False, closed=False):
     """Everything about one run's folder; gives the list of what does not agree, empty when all does."""
     try:
-        mesh = kivomesh.read(os.path.join(folder, "mesh.input"))
-    except (kivomesh.MeshError, OSError) as trouble:
+        mesh = meshinput.read(os.path.join(folder, "mesh.input"))
+    except (meshinput.MeshError, OSError) as trouble:
         return ["mesh.input: %s" % trouble]
     found, present = [], {name for name in os.listdir(folder) if name.startswith("_") and name.endswith(".vtk")}
     cells = faces = Grid([], [], [], {}, {})

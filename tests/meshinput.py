@@ -1,7 +1,5 @@
-#!/usr/bin/env python3
-"""Reads the solver's mesh file "mesh.input". Standard library only, Python 3.9 or later.
-As a command:  kivomesh.py mesh.input       prints sizes and groups; exit status 1: the file is refused
-As a module:   mesh = kivomesh.read("mesh.input")
+"""The tests' own reader of the solver's mesh file, which knows nothing of the programs' one. Python 3.9 or later.
+                                           mesh = meshinput.read("mesh.input")
   mesh.dimension                             2, 3, or None where the file names none (then there are no nodes)
   mesh.characteristic, .shortest, .longest   the mesh-wide lengths (None without a dimension)
   mesh.current, .previous, .initial          the three position lists: one tuple (x, y) or (x, y, z) per node
@@ -15,7 +13,7 @@ Node positions count from 0; -1: the deck had no such node. Type codes: 3 and 4 
 mid-side, corner, ...), 5 and 6 tetrahedra of 4 and 10 nodes.
 A file that departs from the format is refused: MeshError says "file:line: reason".
 """
-import collections, re, sys, types
+import re, types
 
 INT, REAL = re.compile(r" *(0|-?[1-9][0-9]*)"), re.compile(r" *-?(\d\.\d{15}e[-+]\d{2,3}|inf|nan)")
 # (in two dimensions, type code): (nodes of such a cell, the solver's material nodes of it)
@@ -135,15 +133,3 @@ def read(path):
     if lines.at < len(lines.lines):
         lines.refuse("more text after the end of the last section", lines.at + 1)
     return mesh
-
-if __name__ == "__main__":
-    try:
-        found = read(sys.argv[1] if len(sys.argv) == 2 else sys.exit("usage: kivomesh.py FILE"))
-    except (MeshError, OSError) as error:
-        sys.exit("kivomesh.py: %s" % error)
-    counts = map(len, (found.current, found.faces, found.cells))
-    print("dimension %s, %d nodes, %d faces, %d cells" % (found.dimension or "none", *counts))
-    for kind, tags in ("node", found.node_tags), ("face", found.face_tags), ("cell", found.cell_tags):
-        members = collections.Counter(tags)
-        for entry in getattr(found, kind + "_groups"):
-            print('%s group %d "%s": %d %ss' % (kind, entry.tag, entry.name, members[entry.tag], kind))

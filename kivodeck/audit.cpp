@@ -1,0 +1,105 @@
+// The verb audit from the file's name to the exit status.
+#include "kivodeck/audit.h"
+
+#include "kivodeck/terminal.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace kivodeck {
+
+namespace {
+
+AuditRun Fail(const AuditOptions &options, const std::string &path, const std::string &code,
+              const meshfile::Error &error) {
+    AuditRun run;
+    run.status = 2;
+    run.complaint = (path.empty() ? "" : path + ": ") + meshfile::Describe(error);
+    if (options.format == "json") {
+        run.report = AuditFailure(path, code, error.line, error.text);
+    }
+    return run;
+}
+
+// "measure=least:most"; either number may be left out.
+bool TakeLimit(const std::string &text, audit::Limits *limits) {
+    const std::size_t equals = text.find('=');
+    const std::size_t colon = text.find(':', equals == std::string::npos ? 0 : equals);
+    audit::Measure measure{};
+    if (equals == std::string::npos || colon == std::string::npos ||
+        !audit::FindMeasure(text.substr(0, equals), &measure)) {
+        return false;
+    }
+    audit::Range range{-HUGE_VAL, HUGE_VAL};
+    const auto take = [](const std::string &field, double *value) {
+        char *end = nullptr;
+        const double number = std::strtod(field.c_str(), &end);
+        if (!field.empty()) {
+            *value = number;
+        }
+        return *end == '\0' && !std::isnan(number);
+    };
+    if (!take(text.substr(equals + 1, colon - equals - 1), &range.least) ||
+        !take(text.substr(colon + 1), &range.most)) {
+        return false;
+    }
+    (*limits)[measure] = range;
+    return true;
+}
+
+// False with errno set.
+bool WriteFile(const std::string &path, const std::string &text) {
+    std::FILE *file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        return false;
+    }
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const int reason = errno;
+    const bool closed = std::fclose(file) == 0;
+    errno = written ? errno : reason;
+    return written && closed;
+}
+
+// An empty file can be read, as what the translator leaves of no mesh at all; to a solver it is none.
+meshfile::Result ReadMesh(const std::string &path) {
+    const Progress progress("kivodeck: reading " + path);
+    meshfile::Result result = meshfile::Read(path);
+    if (result.Ok() && result.mesh.isEmptyFile) {
+        result.error = {1, "the file is empty"};
+    }
+    return result;
+}
+
+} // namespace
+
+AuditRun RunAudit(const AuditOptions &options) {
+    audit::Limits limits;
+    for (const std::string &limit : options.limits) {
+        if (!TakeLimit(limit, &limits)) {
+            return Fail(options, "", "usage", {0, "--limit takes MEASURE=LEAST:MOST, not " + limit});
+        }
+    }
+    const meshfile::Result result = ReadMesh(options.mesh);
+    if (!result.Ok()) {
+        return Fail(options, options.mesh, "unreadable", result.error);
+    }
+    const meshfile::Mesh &mesh = result.mesh;
+    if (options.counts) {
+        return {0, options.format == "json" ? CountsJson(options.mesh, mesh) : CountsText(mesh), ""};
+    }
+    const Progress progress("kivodeck: judging " + options.mesh);
+    const audit::Verdict verdict = audit::Judge(mesh, limits);
+    if (!options.vtk.empty() && !WriteFile(options.vtk, AuditVtk(mesh, verdict))) {
+        return Fail(options, options.vtk, "unwritable", {0, std::string("cannot be written: ") + std::strerror(errno)});
+    }
+    AuditRun run;
+    run.status = verdict.Failed() > 0 ? 1 : 0;
+    run.report = options.format == "json" ? AuditJson(options.mesh, mesh, verdict)
+                                          : AuditText(options.mesh, mesh, verdict, WantsColour());
+    return run;
+}
+
+} // namespace kivodeck
