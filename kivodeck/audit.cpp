@@ -102,4 +102,19 @@ AuditRun RunAudit(const AuditOptions &options) {
     return run;
 }
 
+std::vector<std::string> FailedChecks(const std::string &path) {
+    const meshfile::Result result = ReadMesh(path);
+    if (!result.Ok()) {
+        return {"unreadable"};
+    }
+    const audit::Verdict verdict = audit::Judge(result.mesh);
+    std::vector<std::string> failed;
+    for (int check = 0; check < audit::kChecks; ++check) {
+        if (!verdict.Of(static_cast<audit::Check>(check)).Ok()) {
+            failed.emplace_back(audit::KindOf(static_cast<audit::Check>(check)).word);
+        }
+    }
+    return failed;
+}
+
 } // namespace kivodeck

@@ -25,6 +25,9 @@ struct AuditRun {
 
 AuditRun RunAudit(const AuditOptions &options);
 
+// The checks that a mesh file fails; "unreadable" where it is none.
+std::vector<std::string> FailedChecks(const std::string &path);
+
 // Reports (auditreport.cpp) ------------------------------------------------------------------------------------------
 
 std::string AuditText(const std::string &path, const meshfile::Mesh &mesh, const audit::Verdict &verdict, bool colour);

@@ -191,6 +191,15 @@ int Translate(const Options &options) {
     return status;
 }
 
+// What an audit says of the mesh, on one line.
+std::string AuditLine(const std::vector<std::string> &failed) {
+    std::string line = failed.empty() ? ": mesh ok" : ": fails";
+    for (const std::string &check : failed) {
+        line += (&check == &failed.front() ? " " : ", ") + check;
+    }
+    return kMeshFile + line + (failed.empty() ? "\n" : " (kivodeck audit)\n");
+}
+
 int RunAll(Options options) {
     if (options.flat.deck == kMeshFile || options.flat.deck == kFlatBeside) {
         return Fail("usage", options.flat.deck + " is a name for what this command writes");
@@ -208,6 +217,11 @@ int RunAll(Options options) {
         files.mesh = translated ? kMeshFile : "";
         files.plainDeck = options.keep ? kFlatBeside : "";
         lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
+        if (translated) {
+            files.failedChecks = kivodeck::FailedChecks(kMeshFile);
+            lines += AuditLine(files.failedChecks);
+            status = files.failedChecks.empty() ? status : std::max(status, kFindings);
+        }
         if (!options.keep) {
             std::remove(kFlatBeside);
         }
@@ -331,7 +345,7 @@ int Run(int argc, char **argv) {
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
     CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
     CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
-    CLI::App *run = app.add_subcommand("run", "flatten and translate: any deck to mesh.input");
+    CLI::App *run = app.add_subcommand("run", "any deck to a judged mesh.input");
     CLI::App *audit = app.add_subcommand("audit", "a mesh.input judged");
     CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
     DescribeCheck(check, &options);

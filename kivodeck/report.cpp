@@ -200,6 +200,9 @@ std::string JsonReport(const Report &report, const Files &files) {
     ordered_json object = ReportJson(report);
     object["files"] = {
         {"plain_deck", name(files.plainDeck)}, {"mesh", name(files.mesh)}, {"removed", name(files.removed)}};
+    if (!files.mesh.empty()) {
+        object["audit"] = {{"ok", files.failedChecks.empty()}, {"failed", files.failedChecks}};
+    }
     return Dump(object);
 }
 

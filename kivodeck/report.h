@@ -19,6 +19,7 @@ struct TextStyle {
 // What a run wrote or removed besides its report; "" for what it did not.
 struct Files {
     std::string plainDeck, mesh, removed;
+    std::vector<std::string> failedChecks = {}; // of the mesh, where there is one
 };
 
 // The report of one deck: findings one a line, keywords outside the mesh, further lines, the verdict.

@@ -126,8 +126,8 @@ class Audit : public testing::Test {
     ~Audit() override {
         fs::remove_all(folder_);
     }
-    void Write(const std::string &text) const {
-        std::ofstream(folder_ / "mesh.input", std::ios::binary) << text;
+    void Write(const std::string &text, const std::string &name = "mesh.input") const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
     }
     // Runs `kivodeck ARGUMENTS` there, with 2 GB of memory at most; standard error goes where `errors` says.
     Outcome Run(const std::string &arguments, const std::string &errors = "/dev/null") const {
@@ -260,6 +260,22 @@ TEST_F(Audit, CountsCellsBeyondLimits) {
     for (const std::string limit : {"max_angle", "max_angle=80", "angle=0:80", "max_angle=a:b", "max_angle=nan:1"}) {
         EXPECT_EQ(Run("audit --limit " + limit).status, 2) << limit;
     }
+}
+
+TEST_F(Audit, IsTheEndOfARun) {
+    const std::string plate = "*Node\n1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n*Element, type=CPS3, elset=Plate\n1, 1, 2, 3\n";
+    Write(plate, "good.inp");
+    const Outcome good = Run("run good.inp");
+    EXPECT_EQ(good.status, 0);
+    EXPECT_NE(good.out.find("\nmesh.input: written\nmesh.input: mesh ok\n"), std::string::npos) << good.out;
+    EXPECT_EQ(json::parse(Run("run --format=json good.inp").out)["audit"],
+              json::parse(R"({"ok": true, "failed": []})"));
+    Write(plate + "*Nset, nset=Empty\n", "bad.inp");
+    const Outcome bad = Run("run bad.inp");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.out.find("\nmesh.input: fails groups (kivodeck audit)\n"), std::string::npos) << bad.out;
+    EXPECT_EQ(json::parse(Run("run --format=json bad.inp").out)["audit"],
+              json::parse(R"({"ok": false, "failed": ["groups"]})"));
 }
 
 // Files that are no meshes ----------------------------------------------------------------------------
