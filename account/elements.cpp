@@ -2,6 +2,7 @@
 #include "account/account.h"
 
 #include "abaqus/abqdeck.h"
+#include "deck/measure.h"
 #include "support/lookup.h"
 
 #include <algorithm>
@@ -14,12 +15,6 @@ namespace {
 using deck::ElementRun;
 using deck::Mesh;
 using deck::Shape;
-
-// Below this measure (twice the area, six times the volume) the translator exchanges two nodes.
-constexpr double kTurnedBelow = 1e-10;
-
-// A measure so small beside the edges is no orientation: rounding leaves as much.
-constexpr double kFlatRatio = 1e-12;
 
 const deck::ElementSection &SectionOf(const Account &account, const ElementRun &run) {
     return account.deck.scopes[static_cast<std::size_t>(run.scope)]
@@ -57,39 +52,6 @@ struct Some {
     }
 };
 
-struct Measure {
-    double value;  // as the translator's: twice the area, six times the volume
-    double length; // longest edge at the first corner
-    int dimension;
-};
-
-Measure MeasureOf(const Mesh &mesh, const int *nodes, int dimension) {
-    double d[3][3] = {};
-    double longest = 0;
-    for (int k = 0; k < dimension; ++k) {
-        const auto a = static_cast<std::size_t>(nodes[0]);
-        const auto b = static_cast<std::size_t>(nodes[k + 1]);
-        d[k][0] = mesh.x[b] - mesh.x[a];
-        d[k][1] = mesh.y[b] - mesh.y[a];
-        d[k][2] = mesh.z[b] - mesh.z[a];
-        longest = std::max(longest,
-                           std::sqrt(d[k][0] * d[k][0] + d[k][1] * d[k][1] + (dimension == 3 ? d[k][2] * d[k][2] : 0)));
-    }
-    if (dimension == 2) {
-        return {d[0][0] * d[1][1] - d[1][0] * d[0][1], longest, 2};
-    }
-    const double cx = d[0][1] * d[1][2] - d[0][2] * d[1][1];
-    const double cy = d[0][2] * d[1][0] - d[0][0] * d[1][2];
-    const double cz = d[0][0] * d[1][1] - d[0][1] * d[1][0];
-    return {cx * d[2][0] + cy * d[2][1] + cz * d[2][2], longest, 3};
-}
-
-bool IsFlat(const Measure &measure) {
-    const double scale =
-        measure.dimension == 2 ? measure.length * measure.length : measure.length * measure.length * measure.length;
-    return std::fabs(measure.value) <= kFlatRatio * scale;
-}
-
 bool AllCornersThere(const int *nodes, int count) {
     return std::all_of(nodes, nodes + count, [](int node) { return node >= 0; });
 }
@@ -105,12 +67,11 @@ void AccountOrientation(Account *account, const ElementRun &run) {
         if (!AllCornersThere(nodes, dimension + 1)) {
             continue;
         }
-        const Measure measure = MeasureOf(mesh, nodes, dimension);
-        if (!(measure.value < kTurnedBelow)) {
-            continue;
+        const deck::Measure measure = deck::MeasureOf(mesh.x, mesh.y, mesh.z, nodes, dimension);
+        if (IsTurned(measure)) {
+            Some *kind = IsFlat(measure) ? &flat : (IsTooSmall(measure) ? &small : &turned);
+            kind->Note(mesh.elementLine[e]);
         }
-        Some *kind = IsFlat(measure) ? &flat : (measure.value > 0 ? &small : &turned);
-        kind->Note(mesh.elementLine[e]);
     }
     const auto tell = [&](Code code, const Some &some) {
         if (some.count > 0) {

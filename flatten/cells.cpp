@@ -1,7 +1,8 @@
 // The cells: elements as they are, or their pieces with the nodes that second order needs.
 #include "flatten/making.h"
-#include "flatten/measure.h"
 #include "flatten/split.h"
+
+#include "deck/measure.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,6 +12,7 @@ namespace flatten {
 namespace {
 
 using deck::ElementRun;
+using deck::Measure;
 using deck::Shape;
 using deck::TypeClass;
 
@@ -18,6 +20,10 @@ constexpr std::size_t kMostTold = 1000; // elements that cannot be split and are
 
 // Edges of a triangle or tetrahedron in the order of its middle nodes.
 constexpr int kEdges[][2] = {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}};
+
+Measure MeasureOf(const Plain &plain, const int *corners, int dimension) {
+    return deck::MeasureOf(plain.x, plain.y, plain.z, corners, dimension);
+}
 
 // What was made so far, with the counts of what is told in the end.
 struct Splitting {

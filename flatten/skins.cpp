@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace flatten {
 
@@ -45,13 +46,25 @@ void WantTriangles(const Making &m, deck::Shape shape, int element, const int *n
     }
 }
 
+// The other end of a line in the plane. Of three nodes the middle one stands last or between the ends: it is the one
+// that is nearer to the first.
+int FarEnd(const Plain &plain, const int *nodes, int width) {
+    const auto distance = [&](int node) {
+        const auto a = static_cast<std::size_t>(nodes[0]);
+        const auto b = static_cast<std::size_t>(node);
+        return std::hypot(plain.x[b] - plain.x[a], plain.y[b] - plain.y[a]);
+    };
+    return width == 3 && distance(nodes[2]) > distance(nodes[1]) ? nodes[2] : nodes[1];
+}
+
 std::vector<Wanted> WhatSkinsWant(const Making &m) {
     std::vector<Wanted> wanted;
     ForElements(m, Role::skin, [&](const ElementRun &run, int element, const int *nodes) {
         if (m.mesh.dimension == 3) {
             WantTriangles(m, m.TypeOf(run).shape, element, nodes, &wanted);
         } else {
-            wanted.push_back({{-1, std::min(nodes[0], nodes[1]), std::max(nodes[0], nodes[1])}, element, {-1, 0}});
+            const int end = FarEnd(m.plain, nodes, run.width);
+            wanted.push_back({{-1, std::min(nodes[0], end), std::max(nodes[0], end)}, element, {-1, 0}});
         }
     });
     return wanted;

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 namespace kivodeck {
@@ -149,6 +150,27 @@ class Leftover {
 
 } // namespace
 
+std::string FreeName(const std::string &path) {
+    namespace fs = std::filesystem;
+    const auto isTaken = [](const std::string &name) { // what cannot be looked at cannot be written, either
+        std::error_code error;
+        const fs::file_type type = fs::symlink_status(name, error).type();
+        return type != fs::file_type::not_found && type != fs::file_type::none && type != fs::file_type::unknown;
+    };
+    std::string name = path;
+    for (int n = 2; isTaken(name); ++n) {
+        name = path + "~" + std::to_string(n);
+    }
+    return name;
+}
+
+bool IsSameFile(const std::string &a, const std::string &b) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    return fs::equivalent(a, b, error) ||
+           fs::weakly_canonical(fs::absolute(a, error), error) == fs::weakly_canonical(fs::absolute(b, error), error);
+}
+
 FlatResult MakeFlat(const FlatJob &job) {
     FlatResult result;
     result.report.path = job.deck;
@@ -173,8 +195,8 @@ FlatResult MakeFlat(const FlatJob &job) {
 
 FlatResult Flatten(const FlatJob &job) {
     FlatJob beside = job;
-    beside.flat += kBeside;
-    beside.map += job.map.empty() ? "" : kBeside;
+    beside.flat = FreeName(job.flat + kBeside);
+    beside.map = job.map.empty() ? "" : FreeName(job.map + kBeside);
     const Leftover flat(beside.flat);
     const Leftover map(beside.map);
     FlatResult result = MakeFlat(beside);

@@ -31,6 +31,12 @@ FlatResult MakeFlat(const FlatJob &job);
 // The same into files beside those of the job, which take their names once all is well; nothing is left over else.
 FlatResult Flatten(const FlatJob &job);
 
+// The path, or where something has that name the path with "~2", "~3" ... behind it.
+std::string FreeName(const std::string &path);
+
+// Whether both paths lead to one file, which need not be there.
+bool IsSameFile(const std::string &a, const std::string &b);
+
 } // namespace kivodeck
 
 #endif

@@ -14,6 +14,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -128,6 +130,15 @@ std::string WhyNotTo(const std::string &path, bool force) {
     return force ? "" : path + " is there already (--force overwrites it)";
 }
 
+// Why the files that are asked for cannot be written, or "".
+std::string WhyNotTo(const kivodeck::FlatJob &job, bool force) {
+    if (!job.map.empty() && kivodeck::IsSameFile(job.map, job.flat)) {
+        return job.map + " cannot be the plain deck and its map";
+    }
+    const std::string whyNot = WhyNotTo(job.flat, force);
+    return whyNot.empty() ? WhyNotTo(job.map, force) : whyNot;
+}
+
 int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
     return result.failure.empty() ? StatusOf(result.report, failOn) : kFailed;
 }
@@ -165,11 +176,9 @@ kivodeck::FlatResult FlattenWatched(const kivodeck::FlatJob &job) {
 }
 
 int Flatten(const Options &options) {
-    for (const std::string &path : {options.flat.flat, options.flat.map}) {
-        const std::string whyNot = WhyNotTo(path, options.force);
-        if (!whyNot.empty()) {
-            return Fail("usage", whyNot);
-        }
+    const std::string whyNot = WhyNotTo(options.flat, options.force);
+    if (!whyNot.empty()) {
+        return Fail("usage", whyNot);
     }
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
     const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
@@ -177,12 +186,10 @@ int Flatten(const Options &options) {
 }
 
 // The translator's own phases, with their log: on standard error where standard output holds JSON. Their exit status.
-int Translate(const Options &options) {
+int Translate(const Options &options, std::string deck) {
     char program[] = "KIVOm";
-    char deck[sizeof kFlatBeside];
     char vtk[] = "--vtk";
-    std::snprintf(deck, sizeof deck, "%s", kFlatBeside);
-    char *arguments[] = {program, deck, options.vtk ? vtk : nullptr, nullptr};
+    char *arguments[] = {program, deck.data(), options.vtk ? vtk : nullptr, nullptr};
     translating = true;
     stdout = options.format == "json" ? stderr : output;
     const int status = RunKIVOM(options.vtk ? 3 : 2, arguments);
@@ -200,19 +207,36 @@ std::string AuditLine(const std::vector<std::string> &failed) {
     return kMeshFile + line + (failed.empty() ? "\n" : " (kivodeck audit)\n");
 }
 
+// Why `run` would take a file of the user's for its own, or "".
+std::string WhyNotToRun(const Options &options) {
+    for (const std::string &path : {options.flat.deck, options.flat.map}) {
+        if (!path.empty() && kivodeck::IsSameFile(path, kMeshFile)) {
+            return path + " is a name for what this command writes";
+        }
+    }
+    const std::string whyNot = WhyNotTo(kMeshFile, true);
+    return whyNot.empty() ? WhyNotTo(options.flat, options.force) : whyNot;
+}
+
 int RunAll(Options options) {
-    if (options.flat.deck == kMeshFile || options.flat.deck == kFlatBeside) {
-        return Fail("usage", options.flat.deck + " is a name for what this command writes");
+    // A plain deck that nobody asked for takes no name that is in use.
+    options.flat.flat = options.keep ? kFlatBeside : kivodeck::FreeName(kFlatBeside);
+    const std::string whyNot = WhyNotToRun(options);
+    if (!whyNot.empty()) {
+        return Fail("usage", whyNot);
     }
     kivodeck::Files files;
     files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : ""; // an old one does not outlive a run that fails
+    if (files.removed.empty() && errno != ENOENT) {
+        return Fail("unwritable", std::string(kMeshFile) + " cannot be removed: " + std::strerror(errno));
+    }
     std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
-    options.flat.flat = kFlatBeside;
-    const kivodeck::FlatResult result = FlattenWatched(options.flat);
+    kivodeck::FlatResult result = FlattenWatched(options.flat);
+    result.failure += result.failure.empty() || files.removed.empty() ? "" : "; an old mesh.input was removed";
     int status = StatusOf(result, options.failOn);
     lines += FlatLine(result, options.keep || !result.made ? kFlatBeside : "the plain deck");
     if (result.made) {
-        const bool translated = Translate(options) == EXIT_SUCCESS;
+        const bool translated = Translate(options, options.flat.flat) == EXIT_SUCCESS;
         status = translated ? status : kFailed;
         files.mesh = translated ? kMeshFile : "";
         files.plainDeck = options.keep ? kFlatBeside : "";
@@ -223,7 +247,7 @@ int RunAll(Options options) {
             status = files.failedChecks.empty() ? status : std::max(status, kFindings);
         }
         if (!options.keep) {
-            std::remove(kFlatBeside);
+            std::remove(options.flat.flat.c_str());
         }
     }
     return PrintFlat(result, options, files, lines, status);
@@ -259,8 +283,15 @@ void DescribeCheck(CLI::App *verb, Options *options) {
     verb->add_option("DECK", options->decks, "Abaqus input decks")->required();
     verb->add_option("--format", options->format, "text or json")->check(CLI::IsMember({"text", "json"}));
     verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
-        ->check(CLI::IsMember({"error", "warning"}));
+        ->check(CLI::IsMember({"error", "warning"}))
+        ->option_text("LEVEL");
     verb->add_flag("--all", options->all, "all findings, not ten of a code");
+}
+
+// Zero leaves no mesh, and what is infinite or no number no coordinates.
+std::string IsFactor(const std::string &text) {
+    const double factor = std::strtod(text.c_str(), nullptr);
+    return std::isfinite(factor) && factor != 0 ? "" : text + " is no factor";
 }
 
 void DescribeFlat(CLI::App *verb, Options *options) {
@@ -269,20 +300,21 @@ void DescribeFlat(CLI::App *verb, Options *options) {
         ->check(CLI::IsMember({"sections", "sets"}));
     verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
         ->check(CLI::IsMember({"smallest", "first", "split"}));
-    verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates");
+    verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates")->check(IsFactor);
     verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
     verb->add_flag("--no-split", options->noSplit, "refuse elements that would have to be split");
     verb->add_flag("--allow-loss", options->flat.allowLoss, "write what is left where errors remain");
     verb->add_option("--format", options->format, "text or json")->check(CLI::IsMember({"text", "json"}));
     verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
-        ->check(CLI::IsMember({"error", "warning"}));
+        ->check(CLI::IsMember({"error", "warning"}))
+        ->option_text("LEVEL");
     verb->add_flag("--all", options->all, "all findings, not ten of a code");
+    verb->add_flag("--force", options->force, "overwrite files that are there");
 }
 
 void DescribeFlatten(CLI::App *verb, Options *options) {
     DescribeFlat(verb, options);
     verb->add_option("-o,--output", options->flat.flat, "the plain deck")->required();
-    verb->add_flag("--force", options->force, "overwrite the file that is there");
 }
 
 void DescribeRun(CLI::App *verb, Options *options) {

@@ -118,6 +118,30 @@ TEST(Flatten, ScaleMultipliesCoordinates) {
     EXPECT_NE(far.findings.at(0).find("scaled-too-far"), std::string::npos);
 }
 
+TEST(Flatten, ScaleMayTurnTheMeshRound) {
+    Asked asked;
+    asked.options.scale = -2;
+    const Outcome flat = Flat(kTet, asked);
+    EXPECT_TRUE(flat.made);
+    EXPECT_EQ(flat.Section("*Node"), "*Node\n1, -0, -0, -0\n2, -2, -0, -0\n3, -0, -2, -0\n4, -0, -0, -2\n");
+}
+
+// Areas and volumes of such meshes are 0 or infinite as doubles.
+TEST(Flatten, ScaleToTheEndsOfTheRange) {
+    Asked asked;
+    for (const std::string &deck : {kPlate, kTet, kCube}) {
+        asked.options.scale = 1e200;
+        const Outcome large = Flat(deck, asked);
+        EXPECT_TRUE(large.made);
+        EXPECT_TRUE(large.findings.empty()) << large;
+        asked.options.scale = 1e-200;
+        const Outcome small = Flat(deck, asked);
+        EXPECT_FALSE(small.made);
+        ASSERT_EQ(small.findings.size(), 1u) << small;
+        EXPECT_NE(small.findings[0].find(" too-small: "), std::string::npos) << small;
+    }
+}
+
 // Instances, numbers and names -----------------------------------------------------------------------------
 
 TEST(Flatten, InstancesAreNumberedBehindOneAnother) {
@@ -289,6 +313,23 @@ TEST(Skins, OfAPlaneMeshAreLines) {
     EXPECT_NE(flat.text.find("*Surface, type=ELEMENT, name=BOTTOM\n1, S1\n"), std::string::npos) << flat;
 }
 
+// The middle node stands between the ends or behind them.
+TEST(Skins, OfSecondOrderAreLinesOfThreeNodes) {
+    const std::string nodes = "*Node\n1, 0., 0.\n2, 2., 0.\n3, 0., 2.\n4, 1., 0.\n5, 1., 1.\n6, 0., 1.\n";
+    const Outcome flat = Flat(nodes + "*Element, type=CPS6, elset=A\n1, 1, 2, 3, 4, 5, 6\n"
+                                      "*Element, type=T2D3, elset=Low\n11, 1, 4, 2\n"
+                                      "*Element, type=B22, elset=Slope\n12, 3, 2, 5\n");
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_NE(flat.text.find("*Surface, type=ELEMENT, name=LOW\n1, S1\n*Surface, type=ELEMENT, name=SLOPE\n1, S2\n"),
+              std::string::npos)
+        << flat;
+    // Beside two edges of first order in a row it lies on neither.
+    const Outcome stray = Flat(nodes + "*Element, type=CPS3, elset=A\n1, 1, 4, 6\n2, 4, 2, 5\n3, 4, 5, 6\n"
+                                       "*Element, type=T2D3, elset=Low\n11, 1, 4, 2\n");
+    EXPECT_FALSE(stray.made) << stray;
+    EXPECT_EQ(stray.findings.at(0).substr(0, 18), "13 cannot-be-kept:") << stray;
+}
+
 TEST(Skins, OfHexahedraAreCutLikeThem) {
     const Outcome flat = Flat(kCube + "*Element, type=S4R, elset=Base\n11, 4, 3, 2, 1\n*Surface, name=Foot\n1, S1\n");
     EXPECT_TRUE(flat.made) << flat;
@@ -362,6 +403,73 @@ TEST(Splitting, PutsNodesIntoTheMiddleOfFacesAndOfTheBody) {
         << flat;
     // The first piece is 5, 8, 7, 1: edges 5-8, 8-7, 7-5, 5-1, 8-1, 7-1.
     EXPECT_NE(flat.text.find("\n1, 5, 8, 7, 1, 16, 15, 27, 17, 24, 23\n"), std::string::npos) << flat;
+}
+
+// Corners 4 and 8 are 3 and 7. Of the wedge left the top 5-7-6 and the side 2-6-7-3, cut through 2, see node 1. New
+// middles lie on 1-6, 1-7 and 2-7; the middle node of 1-5 is out by 0.5, which moves those of its two faces by half.
+TEST(Splitting, OfASecondOrderHexahedronThatIsAWedge) {
+    const Outcome flat =
+        Flat("*Node\n1, 0., 0., 0.\n2, 2., 0., 0.\n3, 0., 2., 0.\n5, 0., 0., 2.\n6, 2., 0., 2.\n7, 0., 2., 2.\n"
+             "9, 1., 0., 0.\n10, 1., 1., 0.\n12, 0., 1., 0.\n13, 1., 0., 2.\n14, 1., 1., 2.\n16, 0., 1., 2.\n"
+             "17, 0., -0.5, 1.\n18, 2., 0., 1.\n19, 0., 2., 1.\n*Element, type=C3D20, elset=Body\n"
+             "1, 1, 2, 3, 3, 5, 6, 7, 7, 9, 10, 3, 12, 13, 14, 7,\n16, 17, 18, 19, 19\n"
+             "*Surface, name=Slope\n1, S4\n");
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_TRUE(flat.findings.empty()) << flat;
+    EXPECT_NE(flat.text.find("\n20, 1, -0.25, 1\n21, 0, 0.75, 1\n22, 1, 1, 1\n*Element"), std::string::npos) << flat;
+    EXPECT_EQ(flat.Section("*Element, type=C3D10, elset=BODY"), "*Element, type=C3D10, elset=BODY\n"
+                                                                "1, 5, 7, 6, 1, 16, 14, 13, 17, 21, 20\n"
+                                                                "2, 2, 6, 7, 1, 18, 14, 22, 9, 20, 21\n"
+                                                                "3, 2, 7, 3, 1, 22, 19, 10, 9, 21, 12\n");
+    EXPECT_NE(flat.text.find("name=SLOPE\n2, S1\n3, S1\n"), std::string::npos) << flat;
+}
+
+// As at the tip of a crack: the fourth edge is one point.
+TEST(Splitting, OfASecondOrderSquareThatIsATriangle) {
+    const Outcome flat = Flat("*Node\n1, 0., 0.\n2, 2., 0.\n3, 0., 2.\n5, 0.5, 0.\n6, 1., 1.\n7, 0., 0.5\n"
+                              "*Element, type=CPS8, elset=A\n1, 1, 2, 3, 1, 5, 6, 7, 1\n*Surface, name=Left\n1, S3\n");
+    EXPECT_TRUE(flat.findings.empty()) << flat;
+    EXPECT_NE(flat.text.find("\n7, 0, 0.5\n*Element, type=CPS6, elset=A\n1, 1, 2, 3, 5, 6, 7\n"), std::string::npos)
+        << flat;
+    EXPECT_NE(flat.text.find("name=LEFT\n1, S3\n"), std::string::npos);
+}
+
+// Two wedges share the side 2-3-6-5: both are cut from 2 to 6, and only second order has a node there.
+TEST(Splitting, OfBothOrdersSideBySideGivesTheSameTriangles) {
+    const Outcome flat =
+        Flat("*Node\n1, 0., 0., 0.\n2, 1., 0., 0.\n3, 0., 1., 0.\n4, 0., 0., 1.\n5, 1., 0., 1.\n6, 0., 1., 1.\n"
+             "7, 1., 1., 0.\n8, 1., 1., 1.\n9, 1., 0.5, 0.\n10, 0.5, 1., 0.\n11, 0.5, 0.5, 0.\n12, 1., 0.5, 1.\n"
+             "13, 0.5, 1., 1.\n14, 0.5, 0.5, 1.\n15, 1., 0., 0.5\n16, 1., 1., 0.5\n17, 0., 1., 0.5\n"
+             "*Element, type=C3D6, elset=First\n1, 1, 2, 3, 4, 5, 6\n*Element, type=C3D15, elset=Second\n"
+             "2, 2, 7, 3, 5, 8, 6, 9, 10, 11, 12, 13, 14, 15, 16, 17\n"
+             "*Surface, name=A\n1, S4\n*Surface, name=B\n2, S5\n");
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_TRUE(flat.findings.empty()) << flat;
+    EXPECT_NE(flat.text.find("\n18, 0.5, 0.5, 0.5\n19, 1, 0.5, 0.5\n20, 0.5, 1, 0.5\n*Element"), std::string::npos);
+    EXPECT_EQ(flat.Section("*Element, type=C3D4, elset=FIRST"),
+              "*Element, type=C3D4, elset=FIRST\n1, 4, 6, 5, 1\n3, 2, 5, 6, 1\n4, 2, 6, 3, 1\n");
+    EXPECT_EQ(flat.Section("*Element, type=C3D10, elset=SECOND"), "*Element, type=C3D10, elset=SECOND\n"
+                                                                  "2, 5, 6, 8, 2, 14, 13, 12, 15, 18, 19\n"
+                                                                  "5, 3, 7, 8, 2, 10, 16, 20, 11, 9, 19\n"
+                                                                  "6, 3, 8, 6, 2, 20, 13, 17, 11, 19, 18\n");
+    EXPECT_NE(flat.text.find("name=A\n3, S1\n4, S1\n"), std::string::npos) << flat; // 2-5-6 and 2-6-3
+    EXPECT_NE(flat.text.find("name=B\n2, S2\n6, S4\n"), std::string::npos) << flat; // 5-6-2 and 3-6-2
+}
+
+// A tetrahedron of the deck has the diagonal 2-6 for an edge: its middle node is the wedge's as well.
+TEST(Splitting, TakesTheMiddleNodeThatANeighbourHas) {
+    const Outcome flat =
+        Flat("*Node\n2, 1., 0., 0.\n3, 0., 1., 0.\n5, 1., 0., 1.\n6, 0., 1., 1.\n"
+             "7, 1., 1., 0.\n8, 1., 1., 1.\n9, 1., 0.5, 0.\n10, 0.5, 1., 0.\n11, 0.5, 0.5, 0.\n12, 1., 0.5, 1.\n"
+             "13, 0.5, 1., 1.\n14, 0.5, 0.5, 1.\n15, 1., 0., 0.5\n16, 1., 1., 0.5\n17, 0., 1., 0.5\n"
+             "21, 0., 0., 0.\n22, 0.5, 0.5, 0.5\n23, 0.5, 0., 0.\n24, 0., 0.5, 0.\n25, 0., 0.5, 0.5\n"
+             "*Element, type=C3D15, elset=Second\n2, 2, 7, 3, 5, 8, 6, 9, 10, 11, 12, 13, 14, 15, 16, 17\n"
+             "*Element, type=C3D10, elset=Second\n3, 2, 3, 21, 6, 11, 24, 23, 22, 17, 25\n");
+    EXPECT_TRUE(flat.made) << flat;
+    // New are the middles of 2-8 and 3-8 only.
+    EXPECT_NE(flat.text.find("\n25, 0, 0.5, 0.5\n26, 1, 0.5, 0.5\n27, 0.5, 1, 0.5\n*Element"), std::string::npos)
+        << flat;
+    EXPECT_NE(flat.text.find("\n2, 5, 6, 8, 2, 14, 13, 12, 15, 22, 26\n"), std::string::npos) << flat;
 }
 
 TEST(Splitting, FailsOnBentElementsAndCountsWhatAnotherDiagonalSaves) {

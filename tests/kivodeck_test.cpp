@@ -86,7 +86,13 @@ INSTANTIATE_TEST_SUITE_P(All, WrongUse,
                                          "check --format=xml cps3.inp", "check --fail-on=note cps3.inp",
                                          "explain no-such-code", "--nonsense", "flatten cps3.inp", "flatten -o x",
                                          "flatten cps3.inp -o c3d4.inp", "flatten --groups=x cps3.inp -o x",
-                                         "flatten --overlaps=x cps3.inp -o x", "run", "run mesh.input"));
+                                         "flatten --overlaps=x cps3.inp -o x", "flatten --scale=0 cps3.inp -o x",
+                                         "flatten --scale=nan cps3.inp -o x", "flatten --scale=inf cps3.inp -o x",
+                                         "flatten --scale=1e400 cps3.inp -o x", "flatten --scale=1e-400 cps3.inp -o x",
+                                         "flatten --scale= cps3.inp -o x", "flatten cps3.inp -o x --map=x",
+                                         "flatten cps3.inp -o x --map=./x --force", "run", "run mesh.input",
+                                         "run ./mesh.input", "run cps3.inp --map=mesh.input --force",
+                                         "run cps3.inp --map=c3d4.inp"));
 
 TEST(Unreadable, DeckHasStatusTwoInBothForms) {
     for (const std::string deck : {"nowhere.inp", ".", "/dev/null/x"}) {
@@ -274,9 +280,15 @@ class Folder {
         }
         return all;
     }
-    // `kivodeck run ARGUMENTS` in it.
+    void Write(const std::string &name, const std::string &text) const {
+        std::ofstream(path_ / name, std::ios::binary) << text;
+    }
+    // `kivodeck ARGUMENTS` in it, behind what a shell does before.
+    Outcome RunVerb(const std::string &arguments, const std::string &before = "") const {
+        return RunShell("cd '" + path_.string() + "' && " + before + "'" KIVODECK_PROGRAM "' " + arguments);
+    }
     Outcome Run(const std::string &arguments) const {
-        return RunDeck("--version >/dev/null; cd '" + path_.string() + "' && '" KIVODECK_PROGRAM "' run " + arguments);
+        return RunVerb("run " + arguments);
     }
 
   private:
@@ -308,6 +320,51 @@ TEST(Flatten, OverwritesNothingUnlessForced) {
     EXPECT_EQ(folder.Read("flat.inp"), "mine");
     EXPECT_EQ(RunDeck("flatten --force " + deck.path() + " -o " + folder / "flat.inp").status, 0);
     EXPECT_NE(folder.Read("flat.inp"), "mine");
+}
+
+TEST(Flatten, MayTakeThePlaceOfItsDeck) {
+    const Folder folder;
+    folder.Write("deck.inp", kTwoQuads);
+    EXPECT_EQ(folder.RunVerb("flatten deck.inp -o deck.inp").status, 2);
+    EXPECT_EQ(folder.Read("deck.inp"), kTwoQuads);
+    EXPECT_EQ(folder.RunVerb("flatten --force deck.inp -o deck.inp").status, 0);
+    EXPECT_NE(folder.Read("deck.inp").find("*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n"),
+              std::string::npos);
+    EXPECT_EQ(folder.Files(), "deck.inp ");
+}
+
+TEST(Flatten, PassesFilesByThatStandWhereItWorks) {
+    const Folder folder;
+    folder.Write("deck.inp", kTwoQuads);
+    folder.Write("flat.inp.part", "mine");
+    folder.Write("map.part", "my own");
+    EXPECT_EQ(folder.RunVerb("flatten deck.inp -o flat.inp --map=map").status, 0);
+    EXPECT_EQ(folder.Read("flat.inp.part"), "mine");
+    EXPECT_EQ(folder.Read("map.part"), "my own");
+    EXPECT_EQ(folder.Files(), "deck.inp flat.inp flat.inp.part map map.part ");
+}
+
+TEST(Flatten, LeavesNothingBehindOnAFullDisk) {
+    const Folder folder;
+    std::string deck = kPlate;
+    for (int i = 5; i < 1000; ++i) { // the plain deck is larger than the 4,096 bytes that are left
+        deck += i == 5 ? "*Node\n" : "";
+        deck += std::to_string(i) + ", 1., 1.\n";
+    }
+    folder.Write("deck.inp", deck);
+    folder.Write("old.inp", "old");
+    folder.Write("mesh.input", "old");
+    const std::string limit = "ulimit -f 8; ";
+    const Outcome run = folder.RunVerb("flatten --force deck.inp -o old.inp --map=map 2>&1", limit);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "kivodeck: old.inp.part cannot be written: File too large\n");
+    EXPECT_EQ(folder.Read("old.inp"), "old");
+    EXPECT_EQ(folder.Files(), "deck.inp mesh.input old.inp ");
+    const json report = json::parse(folder.RunVerb("run --format=json deck.inp", limit).out);
+    EXPECT_EQ(report["findings"][0]["code"], "unwritable");
+    EXPECT_EQ(report["findings"][0]["text"],
+              "mesh.flat.inp.part cannot be written: File too large; an old mesh.input was removed");
+    EXPECT_EQ(folder.Files(), "deck.inp old.inp ");
 }
 
 TEST(Flatten, LeavesNothingBehindWhereAnErrorRemains) {
@@ -359,6 +416,56 @@ TEST(Run, LetsNoOldMeshOutliveAFailure) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(json::parse(run.out)["files"]["removed"], "mesh.input");
     EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Run, LosesNoPlainDeckOfItsUser) {
+    const Folder folder;
+    folder.Write("deck.inp", kTwoQuads);
+    folder.Write("mesh.flat.inp", "mine");
+    EXPECT_EQ(folder.RunVerb("run deck.inp").status, 0);
+    EXPECT_EQ(folder.RunVerb("run --keep deck.inp").status, 2);
+    EXPECT_EQ(folder.Read("mesh.flat.inp"), "mine");
+    EXPECT_EQ(folder.Files(), "deck.inp mesh.flat.inp mesh.input ");
+    EXPECT_EQ(folder.RunVerb("run --keep --force deck.inp").status, 0);
+    EXPECT_EQ(folder.Read("mesh.flat.inp").substr(0, 8), "*Heading");
+    EXPECT_EQ(folder.RunVerb("run mesh.flat.inp").status, 0) << "the plain deck of a plain deck has another name";
+    EXPECT_EQ(folder.Files(), "deck.inp mesh.flat.inp mesh.input ");
+}
+
+TEST(Run, RefusesToTakeTheDeckForItsMesh) {
+    const Folder folder;
+    folder.Write("mesh.input", kTwoQuads);
+    fs::create_symlink("mesh.input", folder / "link.inp");
+    for (const std::string &deck : {std::string("./mesh.input"), std::string("link.inp"), folder / "mesh.input"}) {
+        EXPECT_EQ(folder.RunVerb("run " + deck).status, 2) << deck;
+        EXPECT_EQ(folder.Read("mesh.input"), kTwoQuads) << deck;
+    }
+}
+
+TEST(Run, RemovesNoFolder) {
+    const Folder folder;
+    folder.Write("deck.inp", kTwoQuads);
+    fs::create_directory(folder / "mesh.input");
+    const Outcome run = folder.RunVerb("run deck.inp 2>&1");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.out, "kivodeck: mesh.input is no file that could be overwritten\n");
+    EXPECT_EQ(folder.Files(), "deck.inp mesh.input ");
+}
+
+TEST(Run, SaysThatNoFileCanBeMade) {
+    const Folder folder;
+    folder.Write("deck.inp", kTwoQuads);
+    const Outcome run = RunShell("cd /proc && '" KIVODECK_PROGRAM "' run '" + folder / "deck.inp" + "' 2>&1");
+    EXPECT_EQ(run.status, 2); // nobody makes files there
+    EXPECT_EQ(run.out.substr(0, 48), "kivodeck: mesh.flat.inp.part cannot be written: ") << run.out;
+    if (geteuid() != 0) { // to whom no folder is closed
+        folder.Write("mesh.input", "old");
+        fs::permissions(folder / "", fs::perms::owner_read | fs::perms::owner_exec);
+        EXPECT_EQ(folder.RunVerb("run deck.inp 2>&1").out,
+                  "kivodeck: mesh.input cannot be removed: Permission denied\n");
+        fs::permissions(folder / "", fs::perms::owner_all);
+        EXPECT_EQ(folder.Files(), "deck.inp mesh.input ");
+    }
 }
 
 TEST(Run, KeepsTheLogOutOfJson) {
