@@ -86,7 +86,7 @@ def check_plain(program, kivodeck, deck):
         subprocess.run([program, "plain.inp"], cwd=work, stdout=subprocess.DEVNULL, check=True, timeout=120)
         if not filecmp.cmp(mesh_path, mesh_path + ".run", shallow=False):
             raise ValueError("run makes another mesh.input than the translator of the plain deck")
-        mesh, meaning = kivomesh.read(mesh_path), flat["meaning"]
+        mesh, meaning = meshinput.read(mesh_path), flat["meaning"]
         for what, found in (("node_sets", mesh.node_groups), ("surfaces", mesh.face_groups),
                             ("cell_groups", mesh.cell_groups), ("elements", mesh.cells)):
             expected = meaning[what] if what == "elements" else len(meaning[what])
