@@ -7,8 +7,8 @@ Each run must end with status 0 and write nothing to standard error (where a san
 count of the summary must be that of the deck's rows of supported types, counted here in a second, simple way, and
 mesh.input must be readable and agree with it. With --kivodeck each deck is made plain besides: where that ends with
 status 0 the plain deck has no error, the translator and `kivodeck run` make the same mesh.input of it, to the byte, and
-it holds the numbers that the plain deck is said to have. How many decks come through whole is told, before (the deck
-itself is without error) and after. A folder without decks is a failure.
+it holds the numbers that the plain deck is said to have; `run` ends with 1 only where its audit fails. How many decks
+come through whole is told, before (the deck itself is without error) and after. A folder without decks is a failure.
 """
 import argparse, filecmp, json, os, re, subprocess, sys, tempfile
 
@@ -75,9 +75,9 @@ def check_plain(program, kivodeck, deck):
         status, flat = report(kivodeck, work, "flatten", deck, "-o", "plain.inp")
         if (status == 0) != os.path.exists(os.path.join(work, "plain.inp")):
             raise ValueError("flatten: status %d, and the plain deck is %sthere" % (status, "not " * (status == 0)))
-        run, mesh_path = report(kivodeck, work, "run", deck)[0], os.path.join(work, "mesh.input")
-        if run != status or os.path.exists(mesh_path) != (status == 0):
-            raise ValueError("run: status %d, that of flatten is %d" % (run, status))
+        (run, said), mesh_path = report(kivodeck, work, "run", deck), os.path.join(work, "mesh.input")
+        if run != max(status, int(not said.get("audit", {"ok": True})["ok"])) or os.path.exists(mesh_path) != (status == 0):
+            raise ValueError("run: status %d, that of flatten is %d, audit: %s" % (run, status, said.get("audit")))
         if status == 1:
             return before, False
         if report(kivodeck, work, "check", "plain.inp")[1]["verdict"]["errors"]:
