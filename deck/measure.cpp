@@ -1,15 +1,14 @@
 // Areas and volumes.
 #include "deck/measure.h"
 
+#include "support/measures.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace deck {
 
 namespace {
-
-// Below this measure the translator exchanges two nodes.
-constexpr double kTurnedBelow = 1e-10;
 
 constexpr double kFlatRatio = 1e-12;
 
@@ -75,7 +74,7 @@ Measure MeasureOf(const std::vector<double> &x, const std::vector<double> &y, co
 }
 
 bool IsTurned(const Measure &measure) {
-    return measure.held < kTurnedBelow;
+    return measure.held < kSmallestMeasure;
 }
 
 bool IsFlat(const Measure &measure) {

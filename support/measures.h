@@ -12,6 +12,10 @@ constexpr double kNoMinimum = 1e15; // start of every minimum: no value yet
 constexpr double kTiny = 1e-10;     // keeps divisions by a vanishing length harmless
 constexpr double kQuadratic = 0.5;  // nodes of quadratic cells are half as far apart
 
+// Cells of a smaller measure, twice the area or six times the volume, count as running the wrong way round. Absolute,
+// not scaled by the cell's size: degenerate cells fall below it, too, although they have no orientation to mend.
+constexpr double kSmallestMeasure = 1e-10;
+
 struct Point {
     double x, y, z;
 };

@@ -8,10 +8,6 @@
 
 namespace {
 
-// Absolute, not scaled by the cell's size. Degenerate cells fall below it too and are turned, although they have
-// no orientation to mend.
-constexpr double kSmallestMeasure = 1e-10;
-
 // Twice the signed area of a triangle; z is not looked at.
 double Measure(const Point (&p)[3]) {
     return (p[1].x - p[0].x) * (p[2].y - p[0].y) - (p[2].x - p[0].x) * (p[1].y - p[0].y);
