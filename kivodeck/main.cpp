@@ -84,6 +84,7 @@ int FailPlainly(const char *text) {
 // be read.
 void EndInOrder() {
     if (account::ReaderAtWork() || translating) {
+        kivodeck::Leftover::RemoveAll();
         std::_Exit(FailPlainly(kShortage));
     }
 }
@@ -220,6 +221,7 @@ int RunAll(Options options) {
         return Fail("unwritable", std::string(kMeshFile) + " cannot be removed: " + std::strerror(errno));
     }
     std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
+    const kivodeck::Leftover plainDeck(options.keep ? "" : options.flat.flat);
     kivodeck::FlatResult result = FlattenWatched(options.flat);
     result.failure += result.failure.empty() || files.removed.empty() ? "" : "; an old mesh.input was removed";
     int status = StatusOf(result, options.failOn);
@@ -230,9 +232,6 @@ int RunAll(Options options) {
         files.mesh = translated ? kMeshFile : "";
         files.plainDeck = options.keep ? kFlatBeside : "";
         lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
-        if (!options.keep) {
-            std::remove(options.flat.flat.c_str());
-        }
     }
     return PrintFlat(result, options, files, lines, status);
 }
