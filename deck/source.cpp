@@ -60,7 +60,7 @@ void Source::Close() {
 }
 
 std::string Source::OpenFile(const std::string &path, int line) {
-    const std::string refused = NoFile(path);
+    std::string refused = NoFile(path);
     if (!refused.empty()) {
         return refused;
     }

@@ -25,7 +25,8 @@ bool GoesOn(char before, char c) {
 
 // The words with a '-' in their middle, as often as they occur.
 template <std::size_t nWords> void BreakWords(std::string *name, const char *const (&words)[nWords]) {
-    for (const std::string word : words) {
+    for (const char *const refused : words) {
+        const std::string word = refused;
         for (std::size_t at = name->find(word); at != std::string::npos; at = name->find(word)) {
             name->insert(at + word.size() / 2, "-");
         }

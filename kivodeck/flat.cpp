@@ -132,23 +132,30 @@ void TakeOwnErrors(const Report &own, Report *report) {
     PutInOrder(report);
 }
 
-// A file that is removed in the end, unless it has another name by then.
-class Leftover {
-  public:
-    explicit Leftover(std::string path) : path_(std::move(path)) {}
-    ~Leftover() {
-        if (!path_.empty()) {
-            std::remove(path_.c_str());
-        }
-    }
-    Leftover(const Leftover &) = delete;
-    Leftover &operator=(const Leftover &) = delete;
-
-  private:
-    std::string path_;
-};
-
 } // namespace
+
+Leftover *Leftover::last = nullptr;
+
+Leftover::Leftover(std::string path) : path_(std::move(path)), before_(last) {
+    last = this;
+}
+
+Leftover::~Leftover() {
+    Remove();
+    last = before_;
+}
+
+void Leftover::Remove() const {
+    if (!path_.empty()) {
+        std::remove(path_.c_str());
+    }
+}
+
+void Leftover::RemoveAll() {
+    for (const Leftover *leftover = last; leftover != nullptr; leftover = leftover->before_) {
+        leftover->Remove();
+    }
+}
 
 std::string FreeName(const std::string &path) {
     namespace fs = std::filesystem;

@@ -31,6 +31,25 @@ FlatResult MakeFlat(const FlatJob &job);
 // The same into files beside those of the job, which take their names once all is well; nothing is left over else.
 FlatResult Flatten(const FlatJob &job);
 
+// A file that is removed in the end, unless it has another name by then; "" is none. The later of two goes first.
+class Leftover {
+  public:
+    explicit Leftover(std::string path);
+    ~Leftover();
+    Leftover(const Leftover &) = delete;
+    Leftover &operator=(const Leftover &) = delete;
+
+    // Removes the files of all that there are: for a process that ends before they do. Takes no memory.
+    static void RemoveAll();
+
+  private:
+    void Remove() const;
+
+    static Leftover *last;
+    std::string path_;
+    Leftover *before_;
+};
+
 // The path, or where something has that name the path with "~2", "~3" ... behind it.
 std::string FreeName(const std::string &path);
 

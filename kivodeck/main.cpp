@@ -86,6 +86,7 @@ int FailPlainly(const char *text) {
 // be read.
 void EndInOrder() {
     if (account::ReaderAtWork() || translating) {
+        kivodeck::Leftover::RemoveAll();
         std::_Exit(FailPlainly(kShortage));
     }
 }
@@ -231,6 +232,7 @@ int RunAll(Options options) {
         return Fail("unwritable", std::string(kMeshFile) + " cannot be removed: " + std::strerror(errno));
     }
     std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
+    const kivodeck::Leftover plainDeck(options.keep ? "" : options.flat.flat);
     kivodeck::FlatResult result = FlattenWatched(options.flat);
     result.failure += result.failure.empty() || files.removed.empty() ? "" : "; an old mesh.input was removed";
     int status = StatusOf(result, options.failOn);
@@ -245,9 +247,6 @@ int RunAll(Options options) {
             files.failedChecks = kivodeck::FailedChecks(kMeshFile);
             lines += AuditLine(files.failedChecks);
             status = files.failedChecks.empty() ? status : std::max(status, kFindings);
-        }
-        if (!options.keep) {
-            std::remove(options.flat.flat.c_str());
         }
     }
     return PrintFlat(result, options, files, lines, status);

@@ -41,6 +41,13 @@ class Files : public testing::Test {
         fs::create_directories((folder_ / name).parent_path());
         std::ofstream(folder_ / name, std::ios::binary) << text;
     }
+    void WriteLarge(const std::string &name) const {
+        std::string text = kPlateWhole + "*Node\n";
+        for (int i = 5; i < 100000; ++i) {
+            text += std::to_string(i) + ", 1., 1.\n";
+        }
+        Write(name, text);
+    }
     // A run that takes longer than a minute has failed: `timeout` ends it with status 124.
     Outcome Run(const std::string &arguments, const std::string &before = "") const {
         return RunShell("cd '" + folder_.string() + "' && " + before + " timeout 60 '" KIVODECK_PROGRAM "' " +
@@ -206,16 +213,33 @@ TEST_F(Files, StreamsThatAreClosed) {
     EXPECT_EQ(RunShell("cat '" + (folder_ / "status").string() + "'").out, "2\n") << "nobody reads the report";
 }
 
+// Neither the file that is in the making nor the plain deck that is translated stays behind.
+TEST_F(Files, InTheMakingWhenMemoryIsShort) {
+    if (IsSanitized()) {
+        GTEST_SKIP() << "a sanitized program needs its address space";
+    }
+    WriteLarge("deck.inp");
+    std::set<std::string> seen;
+    for (int kilobytes = 36000; kilobytes > 8000; kilobytes -= 1000) {
+        for (const std::string verb : {"flatten -o flat.inp ", "run "}) {
+            const Outcome run =
+                Run(verb + "deck.inp >out 2>&1", "ulimit -v " + std::to_string(kilobytes) + "; rm -f flat.inp;");
+            std::string names = run.status == 0 ? "done:" : "short:";
+            for (const std::string name : {"flat.inp", "flat.inp.part", "mesh.flat.inp", "mesh.flat.inp.part"}) {
+                names += fs::exists(folder_ / name) ? " " + name : "";
+            }
+            seen.insert(names);
+        }
+    }
+    EXPECT_EQ(seen, (std::set<std::string>{"done:", "done: flat.inp", "short:"}));
+}
+
 // Less and less memory, down to where not even --version comes to its end.
 TEST_F(Files, WithShortMemory) {
     if (IsSanitized()) {
         GTEST_SKIP() << "a sanitized program needs its address space";
     }
-    std::string text = kPlateWhole + "*Node\n";
-    for (int i = 5; i < 100000; ++i) {
-        text += std::to_string(i) + ", 1., 1.\n";
-    }
-    Write("deck.inp", text);
+    WriteLarge("deck.inp");
     std::set<int> seen;
     for (int kilobytes = 64000; kilobytes > 4000; kilobytes -= 500) {
         const std::string limit = "ulimit -v " + std::to_string(kilobytes) + ";";
