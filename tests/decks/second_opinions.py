@@ -6,7 +6,8 @@
 Blocks of hexahedra and wedges, each used twice, once shifted and turned, and plates of quadrilaterals become plain
 decks. What they hold is known here from the grid. meshio has to read it: coordinates, cells and the members of sets;
 cgx the same numbers; ccx, by an analysis of one step, the volume of each cell group, the area of each surface and the
-nodes of each set. Exit status: 0 all agree, 1 something does not, 77 when none of the three is installed.
+nodes of each set; the VTK library, of the files of `run --vtk`, volumes, areas, and that neighbours fit. Exit status:
+0 all agree, 1 something does not, 77 when none of the four is installed.
 """
 import argparse, itertools, json, math, os, re, shutil, subprocess, sys, tempfile
 
@@ -14,6 +15,13 @@ try:
     import meshio
 except ImportError:
     meshio = None
+try:
+    from vtkmodules.util.numpy_support import vtk_to_numpy
+    from vtkmodules.vtkFiltersGeometry import vtkDataSetSurfaceFilter
+    from vtkmodules.vtkFiltersVerdict import vtkCellSizeFilter
+    from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
+except ImportError:
+    vtk_to_numpy = None
 
 SIZE = (3.0, 2.0, 1.5)
 CELLS = (3, 2, 2)
@@ -173,12 +181,47 @@ def ask_ccx(block, folder, meaning):
         need(math.isclose(area, expected, rel_tol=1e-6), "area of " + name, area, expected)
 
 
+def sizes(grid):
+    """The volume, area or length of each cell, which is as long as its type has dimensions."""
+    measure = vtkCellSizeFilter()
+    measure.SetInputData(grid)
+    measure.Update()
+    data = measure.GetOutput().GetCellData()
+    return [sum(vtk_to_numpy(data.GetArray(name))) for name in ("Volume", "Area", "Length")]
+
+
+def read_vtk(path):
+    reader = vtkUnstructuredGridReader()
+    reader.SetFileName(path)
+    reader.Update()
+    return reader.GetOutput()
+
+
+def ask_vtk(block, folder, meaning):
+    """The files of `kivodeck run --vtk`: sizes, and the sides that no two cells share, which are the outside alone."""
+    cells = read_vtk(os.path.join(folder, "_Cells.vtk"))
+    need(cells.GetNumberOfCells() == meaning["elements"], "cells", cells.GetNumberOfCells())
+    whole = 0 if block.dimension == 3 else 1  # in the list of sizes
+    need(math.isclose(sizes(cells)[whole], 2 * block.volume, rel_tol=1e-12), "size", sizes(cells)[whole])
+    faces = sizes(read_vtk(os.path.join(folder, "_Faces.vtk")))[whole + 1]
+    need(math.isclose(faces, sum(block.areas.values()), rel_tol=1e-12), "size of surfaces", faces)
+    if block.dimension == 3:
+        skin = vtkDataSetSurfaceFilter()
+        skin.SetInputData(cells)
+        skin.SetNonlinearSubdivisionLevel(0)
+        skin.Update()
+        a, b, c = SIZE
+        need(math.isclose(sizes(skin.GetOutput())[1], 4 * (a * b + b * c + c * a), rel_tol=1e-12), "outside")
+
+
 def check(kind, kivodeck, readers):
     block = Block(kind)
     with tempfile.TemporaryDirectory() as folder:
         with open(os.path.join(folder, "deck.inp"), "w") as file:
             file.write(block.text)
         report = json.loads(run([kivodeck, "flatten", "--format=json", "deck.inp", "-o", "plain.inp"], folder))
+        if vtk_to_numpy:
+            run([kivodeck, "run", "--vtk", "deck.inp"], folder)
         for reader in readers:
             reader(block, folder, report["meaning"])
 
@@ -187,10 +230,10 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--kivodeck", required=True, type=os.path.abspath)
     given = parser.parse_args()
-    readers = {"meshio": meshio and ask_meshio, "cgx": shutil.which("cgx") and ask_cgx,
+    readers = {"VTK": vtk_to_numpy and ask_vtk, "meshio": meshio and ask_meshio, "cgx": shutil.which("cgx") and ask_cgx,
                "ccx": shutil.which("ccx") and ask_ccx}
     if not any(readers.values()):
-        print("skipped: neither meshio nor cgx nor ccx is installed")
+        print("skipped: neither VTK nor meshio nor cgx nor ccx is installed")
         return 77
     bad = 0
     for kind, (name, reader) in itertools.product((*SHAPES, *QUADRATIC), readers.items()):
