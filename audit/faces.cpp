@@ -4,6 +4,7 @@
 #include "audit/tuples.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace audit {
 
@@ -109,7 +110,7 @@ void JudgeRun(Work *work, const Tuple<kSide> *begin, const Tuple<kSide> *end, co
 // Whether all nodes but one are of something that another check has found: its cell may be one with a wrong index.
 template <std::size_t kSide> bool MayBeOfFaultyCell(const Work &work, int first, const Tuple<kSide> &tuple) {
     const auto tainted = [&work](int node) { return (work.nodes[static_cast<std::size_t>(node)] & kTainted) != 0; };
-    const auto n = (tainted(first) ? 1 : 0) + std::count_if(tuple.rest, tuple.rest + kSide - 1, tainted);
+    const auto n = (tainted(first) ? 1 : 0) + std::count_if(std::begin(tuple.rest), std::end(tuple.rest), tainted);
     return static_cast<std::size_t>(n) >= kSide - 1;
 }
 

@@ -156,16 +156,17 @@ Histogram HistogramOf(const std::vector<double> &values, Range limits) {
     const bool allSame = histogram.min == histogram.max;
     const double first = allSame ? histogram.min - 0.5 : histogram.min;
     const double last = allSame ? histogram.max + 0.5 : histogram.max;
+    const double width = std::isfinite(last - first) ? (last - first) / kBins : last / kBins - first / kBins;
     for (int i = 0; i <= kBins; ++i) {
-        histogram.edges[static_cast<std::size_t>(i)] = i == kBins ? last : first + i * ((last - first) / kBins);
+        histogram.edges[static_cast<std::size_t>(i)] = i == kBins ? last : first + i * width;
     }
     for (const double value : values) {
         if (std::isfinite(value)) {
-            int bin = std::clamp(static_cast<int>((value - first) / (last - first) * kBins), 0, kBins - 1);
-            // Rounding may have put it one bin off its edges.
-            bin -= bin > 0 && value < histogram.edges[static_cast<std::size_t>(bin)] ? 1 : 0;
-            bin += bin < kBins - 1 && value >= histogram.edges[static_cast<std::size_t>(bin) + 1] ? 1 : 0;
-            ++histogram.bins[static_cast<std::size_t>(bin)];
+            std::size_t bin = 0; // the edges decide: a quotient is not a number where all values are beyond 1e16
+            while (bin + 1 < kBins && value >= histogram.edges[bin + 1]) {
+                ++bin;
+            }
+            ++histogram.bins[bin];
         }
     }
     return histogram;

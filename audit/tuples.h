@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -52,7 +53,7 @@ inline bool IsBefore(const Tuple<3> &a, const Tuple<3> &b) {
 }
 
 template <std::size_t kNodes> bool AreSame(const Tuple<kNodes> &a, const Tuple<kNodes> &b) {
-    return std::equal(a.rest, a.rest + kNodes - 1, b.rest);
+    return std::equal(std::begin(a.rest), std::end(a.rest), std::begin(b.rest));
 }
 
 inline int EntryOf(std::uint32_t owner) {
