@@ -209,7 +209,7 @@ bool HoldsMore(const Grouping &g, const MeshSet &set, int group) {
 }
 
 std::string NameGroup(Grouping *g, const std::string &name) {
-    return NameOne(g->m, &g->names, {name, name, "", {}, 0, {0, 0, 0}, ""}, kOnElement);
+    return NameOne(g->m, &g->names, {name, name, "", {}, 0, {0, 0, 0}, "group"}, kOnElement);
 }
 
 // Sets come first: a group that is a set has its name, and no other group has. Where the group holds more it has the
@@ -241,7 +241,7 @@ void GiveNames(Grouping *g) {
     for (std::size_t i = 0; i < g->groups.size(); ++i) {
         Group &group = g->groups[i];
         if (group.used && group.given.empty()) {
-            group.given = NameOne(m, &g->names, {group.name, group.name, "", {}, 0, {0, 0, 0}, "group"}, kOnElement);
+            group.given = NameGroup(g, group.name);
         }
         m->groupNames.push_back(group.name);
     }

@@ -1,19 +1,18 @@
 // The verb audit from outside: statuses, both forms of the report, the file of what fails, and files that are no
 // meshes.
+#include "tests/rundeck.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
 #include <sstream>
 #include <string>
-
-#include <sys/wait.h>
 
 #include <unistd.h>
 
@@ -112,11 +111,6 @@ std::string With(const std::string &old, const std::string &words) {
 
 const std::string kTurned = With("         0         2         3", "         0         3         2");
 
-struct Outcome {
-    int status;
-    std::string out;
-};
-
 // A folder with a mesh.input in it.
 class Audit : public testing::Test {
   protected:
@@ -131,17 +125,8 @@ class Audit : public testing::Test {
     }
     // Runs `kivodeck ARGUMENTS` there, with 2 GB of memory at most; standard error goes where `errors` says.
     Outcome Run(const std::string &arguments, const std::string &errors = "/dev/null") const {
-        const std::string command = "ulimit -v " KIVOM_MEMORY "; cd '" + folder_.string() +
-                                    "' && '" KIVODECK_PROGRAM "' " + arguments + " 2>" + errors;
-        std::FILE *pipe = popen(command.c_str(), "r");
-        Outcome outcome{-1, ""};
-        char block[4096];
-        for (std::size_t got; (got = std::fread(block, 1, sizeof block, pipe)) > 0;) {
-            outcome.out.append(block, got);
-        }
-        const int status = pclose(pipe);
-        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return outcome;
+        return RunShell("ulimit -v " KIVOM_MEMORY "; cd '" + folder_.string() + "' && '" KIVODECK_PROGRAM "' " +
+                        arguments + " 2>" + errors);
     }
     std::string Read(const std::string &name) const {
         std::ifstream in(folder_ / name, std::ios::binary);
@@ -151,11 +136,6 @@ class Audit : public testing::Test {
   private:
     fs::path folder_;
 };
-
-std::string LastLine(const std::string &text) {
-    const std::size_t end = text.find_last_not_of('\n');
-    return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
-}
 
 TEST_F(Audit, OfAGoodMeshEndsWithMeshOk) {
     Write(kSquare);
