@@ -7,11 +7,11 @@ own, so that faces stand out from cells of any hue.
 import math
 
 GOLDEN_ANGLE = 137.50776405  # degrees
-# Of each kind: lightness by turns, strength, first hue.
-KINDS = {"cells": ((0.87, 0.93, 0.80), 0.075, 245), "faces": ((0.60, 0.70, 0.50), 0.20, 27),
-         "nodes": ((0.38, 0.28, 0.47), 0.13, 262), "fails": ((0.60, 0.50, 0.68), 0.25, 20)}
+# Of each kind: lightness by turns, strength, first hue, and which way round: cells and faces of one place differ.
+KINDS = {"cells": ((0.86, 0.92, 0.80), 0.075, 245, -1), "faces": ((0.60, 0.68, 0.50), 0.20, 27, 1),
+         "nodes": ((0.38, 0.46, 0.30), 0.13, 262, 1), "fails": ((0.60, 0.50, 0.68), 0.25, 20, -1)}
 NO_GROUP = (150, 150, 150)  # a tag that names none
-PALE, PALE_SHARE = (240, 240, 240), 0.6
+PALE, PALE_SHARE = 240, 0.6
 
 
 def linear_rgb(lightness, strength, hue):
@@ -31,8 +31,8 @@ def screen_value(linear):
 
 def colour(kind, at):
     """(red, green, blue), each 0 to 255, of the group that is `at` in the order of its kind, from 0."""
-    turns, strength, first = KINDS[kind]
-    lightness, hue = turns[at % len(turns)], first + at * GOLDEN_ANGLE
+    turns, strength, first, way = KINDS[kind]
+    lightness, hue = turns[at % len(turns)], first + way * at * GOLDEN_ANGLE
     rgb = linear_rgb(lightness, strength, hue)
     while min(rgb) < 0 or max(rgb) > 1:  # no screen shows it that strong
         strength *= 0.95
@@ -42,4 +42,4 @@ def colour(kind, at):
 
 def paled(rgb):
     """The colour of what is only there for what lies upon it."""
-    return tuple(round(PALE_SHARE * pale + (1 - PALE_SHARE) * value) for pale, value in zip(PALE, rgb))
+    return tuple(round(PALE_SHARE * PALE + (1 - PALE_SHARE) * value) for value in rgb)

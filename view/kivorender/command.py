@@ -6,7 +6,7 @@ picture is drawn by a process of its own, below xvfb-run where that is installed
 import argparse, importlib.util, math, os, shutil, subprocess, sys
 
 DONE, FAILED, UNUSABLE = 0, 1, 2
-SMALLEST, LARGEST = 32, 8192  # sides of a picture, in pixels
+SMALLEST, LARGEST = 32, 4096  # sides of a picture, in pixels
 HERE = "--draw-here"  # the other process is started with this before its arguments
 
 EPILOG = """Cells are coloured by their group, with edges; faces lie on top in stronger colours, one for each surface; node sets are

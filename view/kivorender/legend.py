@@ -1,4 +1,4 @@
-"""The groups by name: a line each, from the top, a square of the colour and the words. Sizes are in pixels.
+"""The groups by name: a line each, from the top, a square of the colour and the words.
 
 Where there are more groups than lines, each kind gets its share of the lines and its last one says how many more there
 are: text that has shrunk to nothing would tell of none.
@@ -10,7 +10,7 @@ from vtkmodules.vtkRenderingCore import vtkActor2D, vtkPolyDataMapper2D, vtkText
 
 from . import shapes
 
-MARGIN, LARGEST, SMALLEST, LINE = 12, 17, 10, 1.75  # letters' heights; a line is so many times as high
+MARGIN, LARGEST, SMALLEST, LINE = 12, 17, 10, 1.75  # in pixels; letters' heights; a line is so many times as high
 LETTERS_ACROSS = 15  # at least so many fit
 TEXT_COLOUR = (0.1, 0.1, 0.1)
 
@@ -72,14 +72,15 @@ def words(text, left, bottom, size, width):
     return drawn
 
 
-def add(renderer, entries, width, height):
+def add(renderer, entries, width, height, finer):
+    """Fills a renderer of `width` by `height` pixels, each of which is drawn as `finer` by `finer` dots."""
     # A name with two dollar signs is no formula.
     vtkTextRenderer.GetInstance().SetDefaultBackend(vtkTextRenderer.FreeType)
-    size = max(SMALLEST, min(LARGEST, width // LETTERS_ACROSS, height // 24))
-    line = int(LINE * size)
-    left = MARGIN + size + size // 2
-    for at, entry in enumerate(that_fit(entries, (height - MARGIN) // line)):
-        bottom = height - MARGIN - (at + 1) * line + (line - size) // 2
+    size = finer * max(SMALLEST, min(LARGEST, width // LETTERS_ACROSS, height // 24))
+    line, margin = int(LINE * size), finer * MARGIN
+    left, right, top = margin + size + size // 2, finer * width - margin // 2, finer * height - margin
+    for at, entry in enumerate(that_fit(entries, top // line)):
+        bottom = top - (at + 1) * line + (line - size) // 2
         if entry.rgb:
-            renderer.AddActor2D(square(MARGIN, bottom, size, entry.rgb))
-        renderer.AddActor2D(words("%s %s" % (entry.word, entry.name), left, bottom, size, width - left - MARGIN // 2))
+            renderer.AddActor2D(square(margin, bottom, size, entry.rgb))
+        renderer.AddActor2D(words("%s %s" % (entry.word, entry.name), left, bottom, size, right - left))

@@ -8,6 +8,7 @@ import os, re
 
 import numpy
 from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
+from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkIOImage import vtkPNGWriter
 from vtkmodules.vtkRenderingCore import vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow, vtkWindowToImageFilter
 import vtkmodules.vtkRenderingFreeType  # pylint: disable=unused-import  # the legend's letters
@@ -15,6 +16,7 @@ import vtkmodules.vtkRenderingOpenGL2  # pylint: disable=unused-import  # what d
 
 from . import colours, files, legend, shapes
 
+FINER = 2  # it is drawn so many times as large, and made smaller: lines and rims are smooth
 LEGEND_SHARE = 0.24  # of the picture's width
 MARGIN = 1.06  # room around the mesh
 STEP = 0.001  # from layer to layer
@@ -23,10 +25,10 @@ EDGE_COLOUR = (60, 66, 76)
 # Edges that are shorter than the first, in pixels, would only blacken the picture: they are left out. From there to the
 # second they get stronger.
 EDGE_FADES, EDGE_WIDTH, FACE_LINE_WIDTH = (2.5, 12.0), 1.5, 6.0
-BALL, SMALLEST_BALL, BALL_OF_EDGE = 15.0, 4.0, 0.55  # across, in pixels; at most so much of an edge's length
+BALL, SMALLEST_BALL, BALL_OF_EDGE = 13.0, 2.0, 0.55  # across, in pixels; at most so much of an edge's length
 FAILED_BALL = 13.0  # and what is smaller than that on the picture gets a ball, too
 FAILED_STEP = 0.01  # from check to check: what fails two is drawn in the colour of the first
-AMBIENT = 0.5  # the rest depends on how a side stands: one that faces the eye has its colour as it is in the legend
+AMBIENT = 0.6  # the rest depends on how a side stands: one that faces the eye has its colour as it is in the legend
 STANDARD_VIEW = {2: (0, 0, 1), 3: (1, -2, 1.1)}
 
 
@@ -92,7 +94,7 @@ class Scene:
         if len(lines):
             look = self.add(shapes.poly_data(self.frame.place(points), lines=lines), layer, rgb, renderer)
             look.LightingOff()
-            look.SetLineWidth(width)
+            look.SetLineWidth(FINER * width)
             look.SetOpacity(strength)
 
     def add_balls(self, points, layer, rgb, across, renderer=None):
@@ -100,7 +102,7 @@ class Scene:
             each = numpy.arange(len(points))[:, None]
             look = self.add(shapes.poly_data(self.frame.place(points), vertices=each), layer, rgb, renderer)
             look.RenderPointsAsSpheresOn()
-            look.SetPointSize(across)
+            look.SetPointSize(FINER * across)
 
 
 def painted(tags, groups):
@@ -134,8 +136,8 @@ def add_cells(scene, grid, outer, groups, is_pale):
     skin, sheets = outer
     rgb, entries = painted(grid.tags, of_kind(groups, "cells"))
     if is_pale:
-        rgb = numpy.array([colours.paled(value) for value in range(256)], numpy.uint8)[rgb]
-        entries = [entry._replace(rgb=tuple(map(colours.paled, entry.rgb))) for entry in entries]
+        rgb = numpy.array([colours.paled((value,))[0] for value in range(256)], numpy.uint8)[rgb]
+        entries = [entry._replace(rgb=colours.paled(entry.rgb)) for entry in entries]
     scene.entries += entries
     scene.add_triangles(grid.points, skin, LAYER["cells"], rgb[skin.places])
     scene.add_triangles(grid.points, sheets, LAYER["sheets"], rgb[sheets.places])
@@ -212,8 +214,8 @@ def window_of(scene, width, height):
     """A window, never shown, with the mesh on the left and the legend on the right."""
     window, side = vtkRenderWindow(), vtkRenderer()
     window.SetOffScreenRendering(1)
-    window.SetMultiSamples(8)
-    window.SetSize(width, height)
+    window.SetMultiSamples(0)
+    window.SetSize(FINER * width, FINER * height)
     window.SetNumberOfLayers(2)
     scene.front.SetLayer(1)
     scene.front.SetActiveCamera(scene.mesh.GetActiveCamera())
@@ -230,17 +232,23 @@ def window_of(scene, width, height):
     scene.mesh.SetViewport(0, 0, 1 - LEGEND_SHARE, 1)
     scene.front.SetViewport(0, 0, 1 - LEGEND_SHARE, 1)
     side.SetViewport(1 - LEGEND_SHARE, 0, 1, 1)
-    legend.add(side, scene.entries, int(width * LEGEND_SHARE), height)
+    legend.add(side, scene.entries, int(width * LEGEND_SHARE), height, FINER)
     return window
 
 
 def png(window):
     """The window's picture as the bytes of a PNG file."""
     window.Render()
-    image, writer = vtkWindowToImageFilter(), vtkPNGWriter()
-    image.SetInput(window)
-    image.ReadFrontBufferOff()
-    writer.SetInputConnection(image.GetOutputPort())
+    large, writer, image = vtkWindowToImageFilter(), vtkPNGWriter(), vtkImageData()
+    large.SetInput(window)
+    large.ReadFrontBufferOff()
+    large.Update()
+    width, height = (side // FINER for side in large.GetOutput().GetDimensions()[:2])
+    dots = vtk_to_numpy(large.GetOutput().GetPointData().GetScalars()).reshape(height, FINER, width, FINER, 3)
+    dots = (dots.sum(axis=(1, 3), dtype=numpy.uint16) + FINER ** 2 // 2) // FINER ** 2
+    image.SetDimensions(width, height, 1)
+    image.GetPointData().SetScalars(numpy_to_vtk(dots.astype(numpy.uint8).reshape(-1, 3), deep=1))
+    writer.SetInputData(image)
     writer.WriteToMemoryOn()
     writer.Write()
     return vtk_to_numpy(writer.GetResult()).tobytes()
