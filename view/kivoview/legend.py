@@ -76,11 +76,11 @@ def add(renderer, entries, width, height, finer):
     """Fills a renderer of `width` by `height` pixels, each of which is drawn as `finer` by `finer` dots."""
     # A name with two dollar signs is no formula.
     vtkTextRenderer.GetInstance().SetDefaultBackend(vtkTextRenderer.FreeType)
-    size = finer * max(SMALLEST, min(LARGEST, width // LETTERS_ACROSS, height // 24))
-    line, margin = int(LINE * size), finer * MARGIN
-    left, right, top = margin + size + size // 2, finer * width - margin // 2, finer * height - margin
-    for at, entry in enumerate(that_fit(entries, top // line)):
-        bottom = top - (at + 1) * line + (line - size) // 2
+    size = max(SMALLEST, min(LARGEST, width // LETTERS_ACROSS, height // 24))
+    line, left = int(LINE * size), MARGIN + size + size // 2
+    for at, entry in enumerate(that_fit(entries, (height - MARGIN) // line)):
+        bottom = finer * (height - MARGIN - (at + 1) * line + (line - size) // 2)
         if entry.rgb:
-            renderer.AddActor2D(square(margin, bottom, size, entry.rgb))
-        renderer.AddActor2D(words("%s %s" % (entry.word, entry.name), left, bottom, size, right - left))
+            renderer.AddActor2D(square(finer * MARGIN, bottom, finer * size, entry.rgb))
+        text = "%s %s" % (entry.word, entry.name)
+        renderer.AddActor2D(words(text, finer * left, bottom, finer * size, finer * (width - left - MARGIN // 2)))

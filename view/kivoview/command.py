@@ -3,7 +3,7 @@
 The library draws through X, ends the whole process where it cannot, and takes memory that a damaged file promises: the
 picture is drawn by a process of its own, below xvfb-run where that is installed, and this one tells how it ended.
 """
-import argparse, importlib.util, math, os, shutil, subprocess, sys
+import argparse, importlib.util, math, os, re, shutil, subprocess, sys
 
 DONE, FAILED, UNUSABLE = 0, 1, 2
 SMALLEST, LARGEST = 32, 4096  # sides of a picture, in pixels
@@ -30,8 +30,19 @@ def size(text):
     return values
 
 
-def options(version, arguments):
-    parser = argparse.ArgumentParser(prog="kivorender", epilog=EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter,
+def version():
+    """The project's: beside the installed modules, or in the project itself."""
+    above = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    for path, form in ((os.path.join(above, "VERSION"), r"(\S+)"),
+                       (os.path.join(above, "..", "CMakeLists.txt"), r"[^#]*?^project\(KIVOm VERSION (\S+)")):
+        if os.path.isfile(path):
+            with open(path, encoding="utf-8") as stream:
+                return re.match(form, stream.read(), re.M)[1]
+    return "of unknown version"
+
+
+def options(arguments):
+    parser = argparse.ArgumentParser(prog="kivorender", allow_abbrev=False, epilog=EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter,
                                      description="Draws the VTK files of one run of KIVOm as a picture.")
     parser.add_argument("--view", type=direction, metavar="X,Y,Z",
                         help="the direction from the mesh to the eye, written --view=X,Y,Z when X is negative (default: "
@@ -40,7 +51,7 @@ def options(version, arguments):
                         help="width and height in pixels, %d to %d each (default: 1200,800)" % (SMALLEST, LARGEST))
     parser.add_argument("--no-sets", action="store_true", help="leave the node sets out")
     parser.add_argument("--audit", metavar="FILE", help='show what "kivodeck audit --vtk=FILE" wrote')
-    parser.add_argument("--version", action="version", version="kivorender " + version)
+    parser.add_argument("--version", action="version", version="kivorender " + version())
     parser.add_argument("folder", metavar="FOLDER", help='where "mesh.input" and the VTK files are')
     parser.add_argument("picture", metavar="PICTURE.png", help="the PNG file to write")
     return parser.parse_args(arguments)
@@ -109,10 +120,10 @@ def draw_elsewhere(arguments):
     return FAILED
 
 
-def main(version):
+def main():
     arguments = sys.argv[1:]
     is_here = arguments[:1] == [HERE]
-    given = options(version, arguments[is_here:])
+    given = options(arguments[is_here:])
     if is_here:
         return draw(given)
     lack = missing(given)

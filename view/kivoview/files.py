@@ -21,21 +21,23 @@ class Unreadable(Exception):
 
 class Grid:
     """points: float array (n, 3). rows(type, width): node numbers and places of the cells of one VTK type, those that
-    miss no node. tags: of each cell, in the file's order; node_tags: of each node, or None. title: the second line."""
+    miss no node. tags: of each cell, in the file's order; node_tags: of each node. title: the second line.
 
-    def __init__(self, path, tag_name):
+    The file must have these tags; `node_tag_name` may be None: then there are no node_tags."""
+
+    def __init__(self, path, tag_name, node_tag_name):
         reader, output = read(path)
         cells, tags = output.GetCells(), output.GetCellData().GetArray(tag_name)
-        if not cells or not output.GetPoints() or not tags:
-            raise Unreadable("%s is no grid with %s" % (path, tag_name))
+        node_tags = output.GetPointData().GetArray(node_tag_name) if node_tag_name else tags
+        if not cells or not output.GetPoints() or not tags or not node_tags:
+            raise Unreadable("%s is no grid with %s" % (path, " and ".join(filter(None, (tag_name, node_tag_name)))))
         self.title = reader.GetHeader() or ""
         self.points = vtk_to_numpy(output.GetPoints().GetData())
         self.connectivity = vtk_to_numpy(cells.GetConnectivityArray())
         self.offsets = vtk_to_numpy(cells.GetOffsetsArray())
         self.types = vtk_to_numpy(output.GetCellTypesArray())
         self.tags = vtk_to_numpy(tags)
-        node_tags = output.GetPointData().GetArray("NodeTag")
-        self.node_tags = vtk_to_numpy(node_tags) if node_tags else None
+        self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
         self.left_out = 0
 

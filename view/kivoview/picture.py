@@ -161,8 +161,6 @@ def add_faces(scene, grid, groups, dimension):
 
 def add_nodes(scene, grid, groups, pixels):
     """The node sets, from the nodes' tags: files cannot be named after every set."""
-    if grid.node_tags is None:
-        return
     marked = numpy.flatnonzero((grid.node_tags != 0) & grid.finite)
     rgb, entries = painted(grid.node_tags[marked], of_kind(groups, "nodes"))
     scene.entries += entries
@@ -251,6 +249,7 @@ def png(window):
     writer.SetInputData(image)
     writer.WriteToMemoryOn()
     writer.Write()
+    window.Finalize()
     return vtk_to_numpy(writer.GetResult()).tobytes()
 
 
@@ -259,7 +258,7 @@ def draw(folder, audit, view, size, with_sets):
     dimension, groups = files.read_groups(os.path.join(folder, "mesh.input"))
     if dimension is None:
         raise CannotDraw("the mesh is empty: there is nothing to draw")
-    grid = files.Grid(os.path.join(folder, "_Cells.vtk"), "CellTag")
+    grid = files.Grid(os.path.join(folder, "_Cells.vtk"), "CellTag", "NodeTag")
     outer = shapes.skin(grid), shapes.sheets(grid)
     used = numpy.unique(numpy.concatenate([part.triangles.ravel() for part in outer]))
     if not len(used):
@@ -268,14 +267,14 @@ def draw(folder, audit, view, size, with_sets):
     scene = Scene(Frame(grid.points[used], view or STANDARD_VIEW[dimension], dimension,
                         width * (1 - LEGEND_SHARE), height))
     if audit is not None:
-        failed = files.Grid(audit, "Check")
+        failed = files.Grid(audit, "Check", None)
         add_failed(scene, failed)
     pixels = add_cells(scene, grid, outer, groups, audit is not None)
     left_out = grid.left_out
     if audit is None:
         path = os.path.join(folder, "_Faces.vtk")
         if os.path.exists(path):
-            faces = files.Grid(path, "CellTag")
+            faces = files.Grid(path, "CellTag", "NodeTag")
             add_faces(scene, faces, groups, dimension)
             left_out += faces.left_out
         if with_sets:
