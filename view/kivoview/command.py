@@ -95,7 +95,7 @@ def draw(given):
         say("%s cannot be written: %s" % (given.picture, error.strerror))
         return FAILED
     if left_out:
-        say("%d cells or faces are not drawn: they miss a node, or its place" % left_out)
+        say("%d cells or faces are not drawn: of no known kind, or with nodes that are not there" % left_out)
     return DONE
 
 

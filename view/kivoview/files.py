@@ -39,14 +39,18 @@ class Grid:
         self.tags = vtk_to_numpy(tags)
         self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
-        self.left_out = 0
+        self.taken = 0
+
+    def left_out(self):
+        """How many cells no call of rows has given."""
+        return len(self.types) - self.taken
 
     def rows(self, kind, width):
         places = numpy.flatnonzero((self.types == kind) & (numpy.diff(self.offsets) >= width))
         rows = self.connectivity[self.offsets[places][:, None] + numpy.arange(width)]
         there = ((rows >= 0) & (rows < len(self.points))).all(axis=1)
         there[there] = self.finite[rows[there]].all(axis=1)
-        self.left_out += int(len(there) - there.sum())
+        self.taken += int(there.sum())
         return (rows, places) if there.all() else (rows[there], places[there])
 
 

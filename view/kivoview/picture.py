@@ -171,7 +171,7 @@ def add_nodes(scene, grid, groups, pixels):
 
 
 def check_names(title):
-    """The names of checks by number, from the second line of an audit's file; one that is cut off at its end is none."""
+    """The names of checks by number, from the second line of an audit's file; one that its end cuts off is none."""
     pairs = re.findall(r"(\d+) ([a-z-]+)(?=%s)" % (" |$" if len(title) < TITLE_LENGTH else " "), title)
     return {int(number): name for number, name in pairs}
 
@@ -256,7 +256,7 @@ def png(window):
 
 
 def draw(folder, audit, view, size, with_sets):
-    """The picture as the bytes of a PNG file, and how many cells and faces are left out because they miss a node."""
+    """The picture as the bytes of a PNG file, and how many cells and faces are left out."""
     dimension, groups = files.read_groups(os.path.join(folder, "mesh.input"))
     if dimension is None:
         raise CannotDraw("the mesh is empty: there is nothing to draw")
@@ -272,13 +272,13 @@ def draw(folder, audit, view, size, with_sets):
         failed = files.Grid(audit, "Check", None)
         add_failed(scene, failed)
     pixels = add_cells(scene, grid, outer, groups, audit is not None)
-    left_out = grid.left_out
+    left_out = grid.left_out()
     if audit is None:
         path = os.path.join(folder, "_Faces.vtk")
         if os.path.exists(path):
             faces = files.Grid(path, "CellTag", "NodeTag")
             add_faces(scene, faces, groups, dimension)
-            left_out += faces.left_out
+            left_out += faces.left_out()
         if with_sets:
             add_nodes(scene, grid, groups, pixels)
     return png(window_of(scene, width, height)), left_out

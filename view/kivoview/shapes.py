@@ -117,7 +117,7 @@ def skin(grid):
 
 
 def all_sides(grid):
-    """Every side of a grid's tetrahedra, and its triangles. Of very many no edges: they would only blacken each other."""
+    """Every side of a grid's tetrahedra, and its triangles. Of very many no edges: they would be all that is seen."""
     rows, places = grid.rows(TETRA, 4)
     rows10, places10 = grid.rows(TETRA10, 10)
     of10 = numpy.repeat(numpy.arange(len(rows10)), len(SIDES))
