@@ -180,6 +180,16 @@ class Pictures(WithFolder):
         self.assertGreater(sum(dot[2] > dot[0] for dot in rows[SIDE // 2][:SIDE]), 100)
         self.assertGreater(solid[2], solid[0])
 
+    def test_face_that_misses_a_node(self):
+        # The face behind it keeps its own colour.
+        self.translate("*Node\n1, 0., 0., 0.\n2, 1., 0., 0.\n3, 0., 1., 0.\n4, 0., 0., 1.\n"
+                       "*Element, type=C3D4, elset=ALL\n1, 1, 2, 9, 4\n2, 1, 2, 3, 4\n"
+                       "*Elset, elset=BAD\n1\n*Elset, elset=GOOD\n2\n"
+                       "*Surface, type=ELEMENT, name=LOST\nBAD, S1\n*Surface, type=ELEMENT, name=KEPT\nGOOD, S1\n")
+        rows = self.drawn(view=(0, 0, -1))
+        self.assertEqual(self.left_out, 2)
+        self.assertEqual(at(rows, 1 - 0.25, 0.25), legend_colours(rows)[2])
+
     def test_curved_faces_have_no_stripes(self):
         self.translate(TETRAHEDRON.replace("BULGE", "-.1"))
         rows = self.drawn(view=(0, 0, -1))
