@@ -201,6 +201,17 @@ class Pictures(WithFolder):
             changes = sum(a != b for a, b in zip(across, across[1:]))
             self.assertLessEqual(changes, 6)
 
+    def test_slanted_faces_have_no_stripes(self):
+        self.translate(TETRAHEDRON.replace("BULGE", "0."))
+        for view in ((0.3, 0.2, -1), (-2, 1, -1)):
+            reds = 0
+            for row in self.drawn(view=view):
+                red = [x for x in range(SIDE) if row[x][0] > 2 * row[x][2]]
+                between = row[red[0]:red[-1]] if red else []
+                self.assertFalse([dot for dot in between if dot[2] > dot[0]])
+                reds += len(red)
+            self.assertGreater(reds, SIDE * SIDE / 10)
+
     def test_a_glance_from_every_side(self):
         self.translate(TETRAHEDRON.replace("BULGE", "0."))
         for view in ((0, 0, 1), (0, 1, 0), (0, -1, 0), (1, 0, 0), (-1e300, 0, 1e-300), (1e-9, 0, 1), None, (1, 3, -2)):
