@@ -31,7 +31,7 @@ class Grid:
         node_tags = output.GetPointData().GetArray(node_tag_name) if node_tag_name else tags
         if not cells or not output.GetPoints() or not tags or not node_tags:
             raise Unreadable("%s is no grid with %s" % (path, " and ".join(filter(None, (tag_name, node_tag_name)))))
-        self.title = reader.GetHeader() or ""
+        self.title = as_text(reader.GetHeader())
         self.points = vtk_to_numpy(output.GetPoints().GetData())
         self.connectivity = vtk_to_numpy(cells.GetConnectivityArray())
         self.offsets = vtk_to_numpy(cells.GetOffsetsArray())
@@ -61,6 +61,17 @@ def memory_taken():
         return int(stream.read().split()[5]) * mmap.PAGESIZE
 
 
+def as_text(said):
+    """The library gives bytes where they are no UTF-8, and None for no text."""
+    return said.decode("utf-8", "replace") if isinstance(said, bytes) else said or ""
+
+
+def first_reason(text):
+    """What the library says of the first error: the line below the one that names the place in its sources."""
+    lines = [line for line in text.split("\n") if line] + ["", ""]
+    return re.sub(r"^\w+ \(0x\w+\): | ?\(0x\w+\)| for file: .*$", "", lines[1]) or "it cannot be read"
+
+
 def read(path):
     """The reader of the file at `path`, and what it has read. It goes on after an error: what it says is kept."""
     vtkLogger.SetStderrVerbosity(vtkLogger.VERBOSITY_OFF)
@@ -76,8 +87,7 @@ def read(path):
     reader.Update()
     resource.setrlimit(resource.RLIMIT_DATA, (soft, hard))
     if said.GetOutput() or reader.GetErrorCode():
-        lines = [line for line in said.GetOutput().split("\n") if line] + ["not a whole VTK file"]
-        raise Unreadable("%s cannot be read: %s" % (path, lines[1] if len(lines) > 2 else lines[-1]))
+        raise Unreadable("%s is no whole VTK file: %s" % (path, first_reason(as_text(said.GetOutput()))))
     return reader, reader.GetOutput()
 
 
