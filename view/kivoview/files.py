@@ -10,6 +10,7 @@ from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
 # must not take all memory.
 MEMORY_TIMES, MEMORY_BASE = 12, 1 << 29
 HEAD = 100  # bytes in which the dimension stands
+LONGEST_REASON = 100  # letters: the library repeats what it does not understand
 KINDS = {b"Cell": "cells", b"Face": "faces", b"Node": "nodes"}
 
 Group = collections.namedtuple("Group", "kind name tag")
@@ -69,7 +70,8 @@ def as_text(said):
 def first_reason(text):
     """What the library says of the first error: the line below the one that names the place in its sources."""
     lines = [line for line in text.split("\n") if line] + ["", ""]
-    return re.sub(r"^\w+ \(0x\w+\): | ?\(0x\w+\)| for file: .*$", "", lines[1]) or "it cannot be read"
+    reason = re.sub(r"^\w+ \(0x\w+\): | ?\(0x\w+\)| for file: .*$", "", lines[1])
+    return "".join(c if " " <= c <= "~" else "?" for c in reason[:LONGEST_REASON]) or "it cannot be read"
 
 
 def read(path):
