@@ -406,6 +406,7 @@ class Reading(WithFolder):
         self.unreadable(self.whole.replace(b"UNSTRUCTURED_GRID", b"POLYDATA"))
         self.unreadable(self.whole.replace(b"CELLS 2 8", b"CELLS -2 -8"))
         self.unreadable(self.whole.replace(b"CELL_DATA 2", b"CELL_DATA 200"))
+        self.unreadable(self.whole.replace(b"CELL_TYPES 2\n    5    5", b"CELL_TYPES 1\n    5"))
 
     def test_unknown_kinds_and_numbers_out_of_range(self):
         self.write("odd.vtk", self.whole.replace(b"    5    5\n", b"    5   99\n").replace(

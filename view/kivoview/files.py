@@ -38,6 +38,8 @@ class Grid:
         self.offsets = vtk_to_numpy(cells.GetOffsetsArray())
         self.types = vtk_to_numpy(output.GetCellTypesArray())
         self.tags = vtk_to_numpy(tags)
+        if not len(self.types) == len(self.tags) == len(self.offsets) - 1:
+            raise Unreadable("%s has not as many types and tags as cells" % path)
         self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
         self.points[~self.finite] = 0  # nothing is drawn there, but it is in the lists that are handed on
