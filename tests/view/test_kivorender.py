@@ -6,7 +6,10 @@
 The part of a picture for the mesh is 76 % of its width. At 400 by 304 it is a square of 304, and a mesh whose larger
 side is 1 has 304 / 1.06 pixels for it, in the middle.
 """
-import argparse, os, random, re, shutil, struct, subprocess, sys, tempfile, unittest, zlib
+import argparse, os, random, re, shutil, subprocess, sys, tempfile, unittest
+
+from vtkmodules.util.numpy_support import vtk_to_numpy
+from vtkmodules.vtkIOImage import vtkPNGReader
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.join(HERE, "..", "..")
@@ -57,26 +60,14 @@ ONE, S1
 
 
 def dots(png):
-    """The rows of a PNG file's dots, each (red, green, blue): of the one form that is written, without interlacing."""
-    at, data = 8, b""
-    while at < len(png):
-        length, kind = struct.unpack(">I4s", png[at:at + 8])
-        if kind == b"IHDR":
-            width, height, depth, colour_type, _, _, interlace = struct.unpack(">IIBBBBB", png[at + 8:at + 21])
-        data += png[at + 8:at + 8 + length] if kind == b"IDAT" else b""
-        at += length + 12
-    assert (depth, colour_type, interlace) == (8, 2, 0)
-    data, stride, above, rows = zlib.decompress(data), 3 * width, bytes(3 * width), []
-    for start in range(0, height * (stride + 1), stride + 1):
-        line, kind = bytearray(data[start + 1:start + 1 + stride]), data[start]
-        for k in range(stride if kind else 0):
-            left, up, corner = (line[k - 3], above[k], above[k - 3]) if k >= 3 else (0, above[k], 0)
-            paeth = min((abs(up - corner), 0, left), (abs(left - corner), 1, up),
-                        (abs(left + up - 2 * corner), 2, corner))
-            line[k] = line[k] + (0, left, up, (left + up) // 2, paeth[2])[kind] & 255
-        above = bytes(line)
-        rows.append([tuple(above[k:k + 3]) for k in range(0, stride, 3)])
-    return rows
+    """The rows of a picture's dots from the top, each (red, green, blue)."""
+    reader = vtkPNGReader()
+    reader.SetMemoryBuffer(png)
+    reader.SetMemoryBufferLength(len(png))
+    reader.Update()
+    width, height, _ = reader.GetOutput().GetDimensions()
+    values = vtk_to_numpy(reader.GetOutput().GetPointData().GetScalars()).reshape(height, width, 3)
+    return [[tuple(dot) for dot in row] for row in values[::-1].tolist()]
 
 
 def legend_colours(rows):
@@ -355,6 +346,13 @@ class BadInput(WithFolder):
     def test_missing_on_the_machine(self):
         self.refused(2, "apt-get install python3-vtk9", ".", "a.png", python=["-S"])
         self.refused(2, "apt-get install xvfb", ".", "a.png", PATH="/nowhere", DISPLAY="")
+
+    def test_end_of_the_other_process(self):
+        for name in ("xvfb-run", "xauth"):
+            self.write(name, "#!/bin/sh\necho last words >&2\nkill -KILL $$\n")
+            os.chmod(self.path(name), 0o755)
+        self.refused(1, "the VTK library failed: a file that is not what it promises, or no screen; last words\n",
+                     ".", "a.png", PATH=self.folder)
 
     def test_picture_that_cannot_be_written(self):
         self.refused(1, "nowhere/a.png cannot be written: No such file", ".", "nowhere/a.png", "--size=64,64")
