@@ -60,19 +60,20 @@ def difference(shown, real):
 
 
 def prose(text):
-    """(line number, line) of a page without its blocks."""
-    fenced = False
-    for number, line in enumerate(text.split("\n"), 1):
-        if re.match(r" *```", line):
-            fenced = not fenced
-        elif not fenced:
-            yield number, line
+    """The lines of a page, those of its blocks empty."""
+    fenced, lines = False, []
+    for line in text.split("\n"):
+        fence = re.match(r" *```", line)
+        fenced ^= bool(fence)
+        lines.append("" if fence or fenced else line)
+    return lines
 
 
 def links_of_markdown(text):
     """(line number, file, heading) of every link and picture within the project; what stands in blocks is none."""
-    for number, line in prose(text):
-        for target in re.findall(r"\]\(([^)\s]+)\)", re.sub(r"`[^`]*`", "", line)):
+    without_code = re.sub(r"`[^`]*`", lambda code: "\n" * code.group().count("\n"), "\n".join(prose(text)))
+    for number, line in enumerate(without_code.split("\n"), 1):
+        for target in re.findall(r"\]\(([^)\s]+)\)", line):
             if not re.match(r"[a-z]+:", target):
                 yield (number, *target.partition("#")[::2])
 
@@ -80,7 +81,7 @@ def links_of_markdown(text):
 def anchors(text):
     """What links to the headings of a page are called."""
     return {re.sub(r"[^\w\- ]", "", line.lstrip("# ").lower()).replace(" ", "-")
-            for _, line in prose(text) if line.startswith("#")}
+            for line in prose(text) if line.startswith("#")}
 
 
 def check_links(path, failures):

@@ -105,10 +105,10 @@ class Pages(unittest.TestCase):
         run = "```console\n$ true\n```\n# Here\n"
         self.write(os.path.join(self.docs, "there.md"), "## Part: a.b `C_`\n```text\n# Block\n```\n")
         there = ("[a](there.md#part-ab-c_) ![b](../docs/there.md) [c](https://elsewhere.example/x) [d](#here) "
-                 "`[e](code.md)`\n")
+                 "`[e](code.md)`, `a\n[e](code.md)`\n")
         self.good(run + there, 1)
-        for link, reason in (("gone.md", "page.md:6: there is no file gone.md"),
-                             ("there.md#else", "page.md:6: there is no heading else"),
+        for link, reason in (("gone.md", "page.md:7: there is no file gone.md"),
+                             ("there.md#else", "page.md:7: there is no heading else"),
                              ("there.md#block", "there is no heading block"), ("#there", "there is no heading there")):
             self.bad(run + there + "[f](%s)\n" % link, reason)
         self.good("```console\n$ echo '[g](gone.md)'\n[g](gone.md)\n```\n", 1)  # what a block shows is no link
