@@ -1,5 +1,5 @@
-// The table of findings, by subject. Whoever adds a code adds its row here: `explain`, the man page and docs/findings.md
-// are made from it, and a test runs every example.
+// The table of findings, by subject. Whoever adds a code adds its row here: `explain`, the man page and
+// docs/findings.md are made from it, and a test runs every example.
 #include "account/kinds.h"
 
 namespace account {
