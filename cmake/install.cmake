@@ -37,7 +37,6 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINAT
   FILES_MATCHING PATTERN "*.md" PATTERN "*.1" PATTERN "*.png" PATTERN "*.inp" PATTERN "*.geo"
   PATTERN "make/*.py" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE
   PATTERN "__pycache__" EXCLUDE)
-install(PROGRAMS ${CMAKE_SOURCE_DIR}/tools/render.py DESTINATION ${KIVOM_DOCS}/tools)
 
 configure_file(${CMAKE_CURRENT_LIST_DIR}/uninstall.cmake.in ${CMAKE_BINARY_DIR}/uninstall.cmake @ONLY)
 add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${CMAKE_BINARY_DIR}/uninstall.cmake)

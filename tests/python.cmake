@@ -24,6 +24,17 @@ kivom_python_test(vtk tests/vtk/run_vtk_checks.py --program $<TARGET_FILE:KIVOm>
 # Measures of shape, held against the VTK library's.
 kivom_python_test(quality tests/vtk/run_quality.py $<TARGET_FILE:qualityvalues>)
 
+# Pictures, where this machine can draw any: not a test that would be skipped elsewhere.
+execute_process(COMMAND ${KIVOM_PYTHON} -c "import numpy, vtkmodules" RESULT_VARIABLE without_vtk ERROR_QUIET)
+find_program(KIVOM_XVFB xvfb-run DOC "Gives the test of the pictures a screen")
+if(without_vtk EQUAL 0 AND KIVOM_XVFB AND NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
+  add_test(NAME view COMMAND ${KIVOM_XVFB} -a ${KIVOM_PYTHON} ${CMAKE_CURRENT_LIST_DIR}/view/test_kivorender.py
+                             --program $<TARGET_FILE:KIVOm> ${kivodeck})
+  set_tests_properties(view PROPERTIES TIMEOUT 300)
+else()
+  message(STATUS "No xvfb, VTK or numpy for Python: the pictures are not tested")
+endif()
+
 # The texts that the mutations replace stand where the list says.
 kivom_python_test(mutations.list tools/mutate --list)
 

@@ -2,8 +2,8 @@
 """Runs what the pages of the documents show, and compares.
 
 Pages are the *.md files and the man pages *.1 of DIR, and every PAGE named besides. Each page is run in a scratch
-folder of its own, from its first fenced block to its last. In the folder lie "examples" and "tools" of the project
-(the folder above DIR); KIVOm and python3 are found as commands.
+folder of its own, from its first fenced block to its last. In the folder lies "examples" of the project (the folder
+above DIR); KIVOm, kivodeck, kivorender and python3 are found as commands.
 
     ```deck name=FILE                the block is written to FILE (```file name=FILE does the same for other texts)
     ```console                       lines with "$ " in front are commands for sh (a line that ends in "\\" goes on
@@ -206,9 +206,8 @@ class Page:
         for name, program in self.programs.items():
             os.symlink(program, os.path.join(commands, name))
         os.symlink(sys.executable, os.path.join(commands, "python3"))
-        for name in ("examples", "tools"):
-            if os.path.isdir(os.path.join(self.home, name)):
-                os.symlink(os.path.join(self.home, name), os.path.join(self.folder, name))
+        if os.path.isdir(os.path.join(self.home, "examples")):
+            os.symlink(os.path.join(self.home, "examples"), os.path.join(self.folder, "examples"))
         self.environment = dict(os.environ, PATH=commands + ":" + os.environ.get("PATH", ""), LC_ALL="C.UTF-8",
                                 PYTHONDONTWRITEBYTECODE="1")
 
@@ -277,12 +276,19 @@ def check_messages(source, man, failures):
     return passed
 
 
+def can_render():
+    """Whether what kivorender needs is installed."""
+    has_vtk = subprocess.run(["/usr/bin/python3", "-c", "import vtkmodules"], check=False, stderr=subprocess.DEVNULL)
+    return has_vtk.returncode == 0 and ("DISPLAY" in os.environ or shutil.which("xvfb-run"))
+
+
 def main():
     what, _, more = __doc__.partition("\n\n")
     parser = argparse.ArgumentParser(description=what, epilog=more,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
     parser.add_argument("--second", metavar="PATH", help="the program that they call kivodeck")
+    parser.add_argument("--renderer", metavar="PATH", help="the program that they call kivorender, which needs VTK")
     parser.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
     parser.add_argument("--source", metavar="DIR", help="the project, to compare messages")
     parser.add_argument("pages", nargs="*", help="pages elsewhere")
@@ -291,6 +297,8 @@ def main():
     programs = {"KIVOm": os.path.abspath(given.program)}
     if given.second:
         programs["kivodeck"] = os.path.abspath(given.second)
+    if given.renderer and can_render():
+        programs["kivorender"] = os.path.abspath(given.renderer)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
     passed, failures = 0, []
     for path in paths + [os.path.abspath(page) for page in given.pages]:
