@@ -9,10 +9,12 @@ DONE, FAILED, UNUSABLE = 0, 1, 2
 SMALLEST, LARGEST = 32, 4096  # sides of a picture, in pixels
 HERE = "--draw-here"  # the other process is started with this before its arguments
 
-EPILOG = """Cells are coloured by their group, with edges; faces lie on top in stronger colours, one for each surface; node sets are
-balls. With --audit the mesh is pale, and what failed is drawn in front of it.
+EPILOG = """Cells are coloured by their group, with edges; faces lie on top in stronger
+colours, one for each surface; node sets are balls. With --audit the mesh is
+pale, and what failed is drawn in front of it.
 
-Exit status: 0 drawn, 1 the picture could not be drawn or written, 2 wrong usage, or a file is missing or cannot be read.
+Exit status: 0 drawn, 1 the picture could not be drawn or written, 2 wrong
+usage, or a file is missing or cannot be read.
 """
 
 
@@ -42,11 +44,12 @@ def version():
 
 
 def options(arguments):
-    parser = argparse.ArgumentParser(prog="kivorender", allow_abbrev=False, epilog=EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter,
-                                     description="Draws the VTK files of one run of KIVOm as a picture.")
+    parser = argparse.ArgumentParser(prog="kivorender", allow_abbrev=False, epilog=EPILOG,
+                                     description="Draws the VTK files of one run of KIVOm as a picture.",
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--view", type=direction, metavar="X,Y,Z",
-                        help="the direction from the mesh to the eye, written --view=X,Y,Z when X is negative (default: "
-                             "along z in two dimensions, from the front, right and above in three)")
+                        help="the direction from the mesh to the eye, written --view=X,Y,Z when X is negative "
+                             "(default: along z in two dimensions, from the front, right and above in three)")
     parser.add_argument("--size", type=size, default=(1200, 800), metavar="W,H",
                         help="width and height in pixels, %d to %d each (default: 1200,800)" % (SMALLEST, LARGEST))
     parser.add_argument("--no-sets", action="store_true", help="leave the node sets out")
@@ -92,7 +95,7 @@ def draw(given):
         say("%s cannot be written: %s" % (given.picture, error.strerror))
         return FAILED
     if left_out:
-        say("%d cells or faces are not drawn: they miss a node, or its place" % left_out)
+        say("%d cells or faces are not drawn: of no known kind, or with nodes that are not there" % left_out)
     return DONE
 
 

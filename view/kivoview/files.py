@@ -6,9 +6,9 @@ from vtkmodules.util.numpy_support import vtk_to_numpy
 from vtkmodules.vtkCommonCore import vtkLogger, vtkOutputWindow, vtkStringOutputWindow
 from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
 
-# A grid takes at most so many times its file, besides what is there without one: counts that promise more than the
-# file holds must not take all memory.
-MEMORY_TIMES, MEMORY_BASE = 12, 1 << 30
+# Reading a grid takes less than so many times its file, and this besides: counts that promise more than the file holds
+# must not take all memory.
+MEMORY_TIMES, MEMORY_BASE = 12, 1 << 29
 HEAD = 100  # bytes in which the dimension stands
 KINDS = {b"Cell": "cells", b"Face": "faces", b"Node": "nodes"}
 
@@ -39,15 +39,25 @@ class Grid:
         self.tags = vtk_to_numpy(tags)
         self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
-        self.left_out = 0
+        self.taken = 0
+
+    def left_out(self):
+        """How many cells no call of rows has given."""
+        return len(self.types) - self.taken
 
     def rows(self, kind, width):
         places = numpy.flatnonzero((self.types == kind) & (numpy.diff(self.offsets) >= width))
         rows = self.connectivity[self.offsets[places][:, None] + numpy.arange(width)]
         there = ((rows >= 0) & (rows < len(self.points))).all(axis=1)
         there[there] = self.finite[rows[there]].all(axis=1)
-        self.left_out += int(len(there) - there.sum())
+        self.taken += int(there.sum())
         return (rows, places) if there.all() else (rows[there], places[there])
+
+
+def memory_taken():
+    """Bytes of data that this process has, as the system counts them for its limit."""
+    with open("/proc/self/statm", encoding="ascii") as stream:
+        return int(stream.read().split()[5]) * mmap.PAGESIZE
 
 
 def read(path):
@@ -58,7 +68,7 @@ def read(path):
     if not os.path.isfile(path):
         raise Unreadable("there is no %s" % path)
     soft, hard = resource.getrlimit(resource.RLIMIT_DATA)
-    most = MEMORY_BASE + MEMORY_TIMES * os.path.getsize(path)
+    most = memory_taken() + MEMORY_BASE + MEMORY_TIMES * os.path.getsize(path)
     resource.setrlimit(resource.RLIMIT_DATA, (most if soft < 0 else min(most, soft), hard))
     reader = vtkUnstructuredGridReader()
     reader.SetFileName(os.fsencode(path))

@@ -10,7 +10,8 @@ from vtkmodules.vtkRenderingCore import vtkActor2D, vtkPolyDataMapper2D, vtkText
 
 from . import shapes
 
-MARGIN, LARGEST, SMALLEST, LINE = 12, 17, 10, 1.75  # in pixels; letters' heights; a line is so many times as high
+MARGIN, LARGEST, SMALLEST = 12, 17, 10  # in pixels; letters' heights
+LINE = 1.75  # a line is so many times as high as its letters
 LETTERS_ACROSS = 15  # at least so many fit
 TEXT_COLOUR = (0.1, 0.1, 0.1)
 
@@ -19,7 +20,7 @@ Entry = collections.namedtuple("Entry", "kind word name rgb")
 
 
 def shared_out(counts, room):
-    """How many lines each kind gets of `room`: what it needs, as long as none gets more than another that needs more."""
+    """How many lines each kind gets of `room`: what it needs, but no more than another that needs more."""
     given = [0] * len(counts)
     while sum(given) < min(room, sum(counts)):
         least = min((g, k) for k, g in enumerate(given) if g < counts[k])[1]

@@ -10,7 +10,8 @@ import numpy
 from vtkmodules.util.numpy_support import numpy_to_vtk, vtk_to_numpy
 from vtkmodules.vtkCommonDataModel import vtkImageData
 from vtkmodules.vtkIOImage import vtkPNGWriter
-from vtkmodules.vtkRenderingCore import vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow, vtkWindowToImageFilter
+from vtkmodules.vtkRenderingCore import (vtkActor, vtkPolyDataMapper, vtkRenderer, vtkRenderWindow,
+                                         vtkWindowToImageFilter)
 import vtkmodules.vtkRenderingFreeType  # pylint: disable=unused-import  # the legend's letters
 import vtkmodules.vtkRenderingOpenGL2  # pylint: disable=unused-import  # what draws
 
@@ -24,10 +25,11 @@ LAYER = {"cells": 0, "sheets": 1, "faces": 2, "edges": 4, "lines": 6, "nodes": 8
 EDGE_COLOUR = (60, 66, 76)
 # Edges that are shorter than the first, in pixels, would only blacken the picture: they are left out. From there to the
 # second they get stronger.
-EDGE_FADES, EDGE_WIDTH, FACE_LINE_WIDTH = (2.5, 12.0), 1.5, 6.0
+EDGE_FADES, EDGE_WIDTH, FACE_LINE_WIDTH = (3.0, 12.0), 1.5, 6.0
 BALL, SMALLEST_BALL, BALL_OF_EDGE = 13.0, 2.0, 0.55  # across, in pixels; at most so much of an edge's length
 FAILED_BALL = 13.0  # and what is smaller than that on the picture gets a ball, too
 FAILED_STEP = 0.01  # from check to check: what fails two is drawn in the colour of the first
+TITLE_LENGTH = 255  # the most that the format has room for
 AMBIENT = 0.6  # the rest depends on how a side stands: one that faces the eye has its colour as it is in the legend
 STANDARD_VIEW = {2: (0, 0, 1), 3: (1, -2, 1.1)}
 
@@ -169,15 +171,15 @@ def add_nodes(scene, grid, groups, pixels):
 
 
 def check_names(title):
-    """The names of checks by number, from the second line of an audit's file; one that is cut off at its end is none."""
-    return {int(number): name for number, name in re.findall(r"(\d+) ([a-z-]+)(?=%s)" % (" |$" if len(title) < 255 else " "),
-                                                             title)}
+    """The names of checks by number, from the second line of an audit's file; one that its end cuts off is none."""
+    pairs = re.findall(r"(\d+) ([a-z-]+)(?=%s)" % (" |$" if len(title) < TITLE_LENGTH else " "), title)
+    return {int(number): name for number, name in pairs}
 
 
 def too_small(frame, points, rows, places):
     """Middle and place of those that would hardly be seen."""
-    corners = frame.place(points)[rows]
-    size = numpy.linalg.norm((corners.max(axis=1) - corners.min(axis=1))[:, :2], axis=1) / frame.pixel
+    corners = frame.place(points)[:, :2].astype(numpy.float32)[rows]
+    size = numpy.linalg.norm(corners.max(axis=1) - corners.min(axis=1), axis=1) / frame.pixel
     large = places[size >= FAILED_BALL]
     small, first = numpy.unique(places, return_index=True)
     keep = ~numpy.isin(small, large)
@@ -205,7 +207,7 @@ def add_failed(scene, grid):
         scene.add_lines(grid.points, lines[is_its[of_lines]], layer, rgb, FACE_LINE_WIDTH, 1.0, scene.front)
         for points, places in balls:
             scene.add_balls(points[is_its[places]], layer + LAYER["nodes"], rgb, FAILED_BALL, scene.front)
-    scene.add_lines(grid.points, sides.lines, FAILED_STEP / STEP * (len(checks) + 1), EDGE_COLOUR, 1.0, 0.7, scene.front)
+    scene.add_lines(grid.points, sides.lines, FAILED_STEP / STEP * (len(checks) + 1), EDGE_COLOUR, 1, 0.7, scene.front)
 
 
 def window_of(scene, width, height):
@@ -254,7 +256,7 @@ def png(window):
 
 
 def draw(folder, audit, view, size, with_sets):
-    """The picture as the bytes of a PNG file, and how many cells and faces are left out because they miss a node."""
+    """The picture as the bytes of a PNG file, and how many cells and faces are left out."""
     dimension, groups = files.read_groups(os.path.join(folder, "mesh.input"))
     if dimension is None:
         raise CannotDraw("the mesh is empty: there is nothing to draw")
@@ -270,13 +272,13 @@ def draw(folder, audit, view, size, with_sets):
         failed = files.Grid(audit, "Check", None)
         add_failed(scene, failed)
     pixels = add_cells(scene, grid, outer, groups, audit is not None)
-    left_out = grid.left_out
+    left_out = grid.left_out()
     if audit is None:
         path = os.path.join(folder, "_Faces.vtk")
         if os.path.exists(path):
             faces = files.Grid(path, "CellTag", "NodeTag")
             add_faces(scene, faces, groups, dimension)
-            left_out += faces.left_out
+            left_out += faces.left_out()
         if with_sets:
             add_nodes(scene, grid, groups, pixels)
     return png(window_of(scene, width, height)), left_out

@@ -19,6 +19,9 @@ PIECES = numpy.array(((3, 4, 5), (0, 3, 5), (3, 1, 4), (5, 4, 2)))  # of a quadr
 EDGES = numpy.array(((0, 1), (1, 2), (2, 0)))
 EDGES6 = numpy.array(((0, 3), (3, 1), (1, 4), (4, 2), (2, 5), (5, 0)))
 
+MANY_SIDES = 400000
+NO_LINES = numpy.empty((0, 2), numpy.int64)
+
 # triangles: (n, 3) and the place of the cell that each belongs to; lines: (n, 2), edges of the cells, each once.
 Surface = collections.namedtuple("Surface", "triangles places lines")
 
@@ -63,7 +66,8 @@ def outside(points, tetrahedra):
         return numpy.empty((0, 3), numpy.int64), numpy.empty(0, numpy.int64)
     nodes = vtk_to_numpy(skin.GetPointData().GetArray(surface.GetOriginalPointIdsName()))
     corners = vtk_to_numpy(skin.GetPolys().GetConnectivityArray()).reshape(-1, 3)
-    return nodes[corners], vtk_to_numpy(skin.GetCellData().GetArray(surface.GetOriginalCellIdsName())).copy()
+    of = vtk_to_numpy(skin.GetCellData().GetArray(surface.GetOriginalCellIdsName()))
+    return nodes[corners], of.copy()
 
 
 def with_middles(corners, tetrahedra):
@@ -113,10 +117,13 @@ def skin(grid):
 
 
 def all_sides(grid):
-    """Every side of a grid's tetrahedra, and its triangles."""
+    """Every side of a grid's tetrahedra, and its triangles. Of very many no edges: they would be all that is seen."""
     rows, places = grid.rows(TETRA, 4)
     rows10, places10 = grid.rows(TETRA10, 10)
     of10 = numpy.repeat(numpy.arange(len(rows10)), len(SIDES))
     corners10 = rows10[:, SIDES].reshape(-1, 3)
-    return joined([sheets(grid), linear(rows[:, SIDES].reshape(-1, 3), numpy.repeat(places, len(SIDES))),
-                   quadratic(with_middles(corners10, rows10[of10]), places10[of10])])
+    parts = [sheets(grid), linear(rows[:, SIDES].reshape(-1, 3), numpy.repeat(places, len(SIDES))),
+             quadratic(with_middles(corners10, rows10[of10]), places10[of10])]
+    if sum(len(part.triangles) for part in parts) > MANY_SIDES:
+        parts = [part._replace(lines=NO_LINES) for part in parts]
+    return joined(parts)
