@@ -3,6 +3,8 @@
 
 #include "account/kinds.h"
 
+#include <cstring>
+
 namespace account {
 
 namespace {
@@ -43,22 +45,30 @@ const char *LevelWord(Level level) {
     return kLevels[static_cast<int>(level)];
 }
 
-std::string TextOf(const Finding &finding) {
+std::string FilledText(const FindingKind &kind, bool one, const std::function<std::string(char)> &fill) {
     std::string text;
-    for (const char *at = KindOf(finding.code).text; *at != '\0'; ++at) {
+    for (const char *at = kind.text; *at != '\0'; ++at) {
         if (*at != '%') {
             text += *at;
-            continue;
-        }
-        ++at;
-        const auto word = static_cast<std::size_t>(*at - '1');
-        if (*at == 'n') {
-            text += std::to_string(finding.count);
-        } else if (word < finding.words.size()) {
-            text += finding.words[word];
+        } else if (*++at != '(') {
+            text += fill(*at);
+        } else {
+            const char *bar = std::strchr(at, '|');
+            const char *end = std::strchr(bar, ')');
+            text += one ? std::string(at + 1, bar) : std::string(bar + 1, end);
+            at = end;
         }
     }
     return text;
+}
+
+std::string TextOf(const Finding &finding) {
+    return FilledText(KindOf(finding.code), finding.count == 1, [&finding](char place) {
+        const auto word = static_cast<std::size_t>(place - '1');
+        return place == 'n'                  ? std::to_string(finding.count)
+               : word < finding.words.size() ? finding.words[word]
+                                             : std::string();
+    });
 }
 
 Finding FromDeck(const deck::Finding &finding) {

@@ -4,6 +4,7 @@
 
 #include "deck/finding.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -157,7 +158,7 @@ struct FindingKind {
     Code code;
     const char *word; // stable: lower case and dashes
     Level level;
-    const char *text; // %1, %2 ... are a finding's words, %n its count
+    const char *text; // %1, %2 ... are a finding's words, %n its count; of %(one|many) the first where the count is 1
     const char *explanation;
     const char *example; // a deck that causes this finding and no other; null where one file alone cannot
     const char *remedy;
@@ -176,6 +177,9 @@ const FindingKind &KindOf(Code code);
 bool FindCode(const std::string &word, Code *code);
 
 const char *LevelWord(Level level);
+
+// The text of the kind: fill(c) in the place of "%c".
+std::string FilledText(const FindingKind &kind, bool one, const std::function<std::string(char)> &fill);
 
 // The text of the finding, its words and its count in their places.
 std::string TextOf(const Finding &finding);

@@ -15,12 +15,7 @@ constexpr std::size_t kWidth = 76; // of a terminal's line, with room to spare
 
 // A text with its places for words shown as "...".
 std::string PlainText(const FindingKind &kind) {
-    std::string text;
-    for (const char *at = kind.text; *at != '\0'; ++at) {
-        text += *at == '%' ? "..." : std::string(1, *at);
-        at += *at == '%' ? 1 : 0;
-    }
-    return text;
+    return account::FilledText(kind, false, [](char) { return std::string("..."); });
 }
 
 std::string Indent(const std::string &text, const std::string &indent) {
@@ -43,9 +38,9 @@ std::string AsText(const FindingKind &kind) {
 }
 
 ordered_json AsJson(const FindingKind &kind) {
-    ordered_json object = {{"code", kind.word},  {"level", account::LevelWord(kind.level)},
-                           {"text", kind.text},  {"explanation", kind.explanation},
-                           {"example", nullptr}, {"remedy", kind.remedy}};
+    ordered_json object = {{"code", kind.word},       {"level", account::LevelWord(kind.level)},
+                           {"text", PlainText(kind)}, {"explanation", kind.explanation},
+                           {"example", nullptr},      {"remedy", kind.remedy}};
     if (kind.example != nullptr) {
         object["example"] = kind.example;
     }

@@ -1,4 +1,5 @@
 // Number fields, exactly as the C library's formats give them.
+#include "output/decimal.h"
 #include "output/textout.h"
 
 #include <charconv>
@@ -27,38 +28,26 @@ char *FieldScientific(char *at, double value, int precision, int width) {
     return RightAligned(at, text, static_cast<int>(result.ptr - text), width);
 }
 
-// Coordinates recur: planes, grids, extruded layers, the same node in several files. A field that was made not
-// long ago is taken from here.
-struct RecentField {
-    std::uint64_t bits; // of the value
-    char text[24];      // NUL first: not in use
-};
-
-constexpr unsigned kRecentFields = 4096;
-
-std::uint64_t BitsOf(double value) {
-    std::uint64_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
+// Four digits at a time, with leading zeros.
+char *FourDigits(char *at, std::uint64_t number) {
+    return FieldBytes(at, kDigits.zeros[number], 4);
 }
 
-RecentField *RecentPlace(RecentField *fields, std::uint64_t bits) {
-    return fields + ((bits * 0x9e3779b97f4a7c15u) >> 52); // top 12 bits of a multiplicative hash
+char *EightDigits(char *at, std::uint64_t number) {
+    return FourDigits(FourDigits(at, number / 10000), number % 10000);
 }
 
-template <int kPrecision, int kWidth> char *FieldRecent(char *at, double value) {
-    static_assert(kWidth <= 24, "a recent field holds 24 characters");
-    static RecentField fields[kRecentFields];
-    const std::uint64_t bits = BitsOf(value);
-    RecentField *recent = RecentPlace(fields, bits);
-    if (recent->bits != bits || recent->text[0] == '\0') {
-        char text[kMostField];
-        FieldScientific(text, value, kPrecision, kWidth); // never wider: sign and three exponent digits fit
-        recent->bits = bits;
-        std::memcpy(recent->text, text, kWidth);
-    }
-    std::memcpy(at, recent->text, kWidth);
-    return at + kWidth;
+// "%*.*e" of the digits that were laid at `first` + 1: their first moves one place to the left, and the point comes
+// between.
+char *FinishScientific(char *first, int nDigits, bool negative, int exponent) {
+    first[-1] = negative ? '-' : ' ';
+    first[0] = first[1];
+    first[1] = '.';
+    char *at = first + 1 + nDigits;
+    at[0] = 'e';
+    at[1] = exponent < 0 ? '-' : '+';
+    std::memcpy(at + 2, kDigits.zeros[exponent < 0 ? -exponent : exponent] + 2, 2);
+    return at + 4;
 }
 
 } // namespace
@@ -70,9 +59,25 @@ char *FieldWide(char *at, int value, int width) {
 }
 
 char *FieldReal24(char *at, double value) {
-    return FieldRecent<15, 24>(at, value);
+    constexpr int kDigitsOf24 = 16;
+    ScaledReal scaled;
+    if (!ScaleReal(value, &scaled)) {
+        return FieldScientific(at, value, kDigitsOf24 - 1, 24);
+    }
+    const Digits digits = RoundedToDigits<kDigitsOf24>(scaled);
+    char *first = FieldBytes(at, "   ", 3);
+    EightDigits(EightDigits(first + 1, digits.number / 100000000), digits.number % 100000000);
+    return FinishScientific(first, kDigitsOf24, std::signbit(value), digits.exponent);
 }
 
 char *FieldReal15(char *at, double value) {
-    return FieldRecent<7, 15>(at, value);
+    constexpr int kDigitsOf15 = 8;
+    ScaledReal scaled;
+    if (!ScaleReal(value, &scaled)) {
+        return FieldScientific(at, value, kDigitsOf15 - 1, 15);
+    }
+    const Digits digits = RoundedToDigits<kDigitsOf15>(scaled);
+    char *first = FieldBytes(at, "  ", 2);
+    EightDigits(first + 1, digits.number);
+    return FinishScientific(first, kDigitsOf15, std::signbit(value), digits.exponent);
 }

@@ -20,7 +20,7 @@ bool Refill(LineSource *source) {
     const std::ptrdiff_t size = got > 0 ? got : 0;
     source->at = source->block;
     source->end = source->block + size;
-    source->block[size] = '\n';
+    std::memset(source->block + size, '\n', kLineGuard);
     return size > 0;
 }
 
@@ -33,7 +33,7 @@ bool OpenLines(LineSource *source, const char *path, std::size_t blockSize) {
         return false;
     }
     source->blockSize = blockSize;
-    source->block = static_cast<char *>(allocate(nullptr, blockSize + 1));
+    source->block = static_cast<char *>(allocate(nullptr, blockSize + kLineGuard));
     RequireBlock(source->block);
     source->end = source->block;
     Refill(source);

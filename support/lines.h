@@ -10,18 +10,19 @@
 
 struct LineSource {
     int file;    // descriptor, owned
-    char *block; // owned; blockSize bytes and one more
+    char *block; // owned; blockSize bytes and kLineGuard more
     std::size_t blockSize;
     long long blockStart; // bytes of the text before the block in hand
     const char *at;       // first character not yet handed out
-    const char *end;      // end of what was read; *end is always '\n', so that a scan stops there at the latest
-    long long nLines;     // lines handed out whole so far
-    bool bInLine;         // a line has been begun and its end not yet handed out
-    bool bAtEnd;          // nothing more to read
-    bool bFailed;         // reading failed; the text ends there
+    const char *end;  // end of what was read; kLineGuard times '\n' stands there, so that a scan stops at the latest
+    long long nLines; // lines handed out whole so far
+    bool bInLine;     // a line has been begun and its end not yet handed out
+    bool bAtEnd;      // nothing more to read
+    bool bFailed;     // reading failed; the text ends there
 };
 
 constexpr std::size_t kLineBlockSize = 256 * 1024;
+constexpr std::size_t kLineGuard = 8; // so many bytes may be looked at, at once, wherever a line may go on
 
 // Opens the file and reads its first block. False when it cannot be opened or not be read (a directory, say);
 // nothing is held then. The source is made by the caller and closed with CloseLines.

@@ -110,7 +110,7 @@ TEST(Flatten, ScaleMultipliesCoordinates) {
     EXPECT_TRUE(flat.made);
     EXPECT_EQ(flat.Section("*Node"), "*Node\n1, 0, 0\n2, 1, 0\n3, 0, 1\n");
     EXPECT_TRUE(Flat("*Node\n1, 0., 0.\n2, 1e-6, 0.\n3, 0., 1e-6\n*Element, type=CPS3, elset=A\n1, 1, 2, 3\n")
-                    .Has("6 too-small: 1 elements are so small that the translator turns them inside out"));
+                    .Has("6 too-small: 1 element is so small that the translator turns it inside out"));
     asked.options.scale = 1e308;
     const Outcome far =
         Flat("*Node\n1, 0., 0.\n2, 10., 0.\n3, 0., 1.\n*Element, type=CPS3, elset=A\n1, 1, 2, 3\n", asked);
@@ -263,7 +263,7 @@ TEST(Overlaps, AreWonByTheSmallest) {
     EXPECT_EQ(flat.Section("*Nset, nset=LOW"), "*Nset, nset=LOW\n1, 2\n");
     EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=BIG"), "*Surface, type=ELEMENT, name=BIG\n2, S2\n");
     EXPECT_TRUE(flat.Has("9 overlap-nodes: 2 nodes of set ALL belong to set LOW as well, which keeps them"));
-    EXPECT_TRUE(flat.Has("13 overlap-faces: 1 faces of surface BIG belong to surface SMALL as well, which keeps them"));
+    EXPECT_TRUE(flat.Has("13 overlap-faces: 1 face of surface BIG belongs to surface SMALL as well, which keeps it"));
 }
 
 TEST(Overlaps, AreWonByTheFirst) {
@@ -285,8 +285,8 @@ TEST(Skins, OfTetrahedraAreSurfaces) {
     const Outcome flat = Flat(kTet + "*Element, type=S3, elset=Base\n11, 3, 2, 1\n");
     EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=BASE"), "*Surface, type=ELEMENT, name=BASE\n1, S1\n") << flat;
     EXPECT_EQ(flat.findings,
-              std::vector<std::string>{"9 skin-surface: 1 elements of group BASE lie on faces of cells: they "
-                                       "are surface BASE"});
+              std::vector<std::string>{"9 skin-surface: 1 element of group BASE lies on a face of a cell: it "
+                                       "is surface BASE"});
 }
 
 TEST(Skins, ThatAreASurfaceAlreadyMakeNone) {
@@ -304,7 +304,7 @@ TEST(Skins, OnNobodysFaceAreAnError) {
     const Outcome flat = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=S3, elset=Base\n11, 1, 2, 5\n");
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.text, "");
-    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangles or quadrilaterals beside solids are on nobody's face"))
+    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral beside solids is on nobody's face"))
         << flat;
 }
 
@@ -338,9 +338,9 @@ TEST(Skins, OfHexahedraAreCutLikeThem) {
 
 TEST(NoCells, AreToldByWhatTheyCarry) {
     EXPECT_TRUE(Flat(kTet + "*Element, type=B31, elset=Edge\n11, 1, 2\n")
-                    .Has("9 lines-on-edges: 1 elements of type B31 lie on edges of cells: they are passed over"));
+                    .Has("9 lines-on-edges: 1 element of type B31 lies on an edge of a cell: it is passed over"));
     EXPECT_TRUE(Flat(kTet + "*Element, type=MASS, elset=Edge\n11, 1\n")
-                    .Has("8 no-cell: 1 elements of type MASS are passed over: they are no cells"));
+                    .Has("8 no-cell: 1 element of type MASS is passed over: it is no cell"));
     const Outcome beam = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=B31, elset=Edge\n11, 1, 5\n");
     EXPECT_FALSE(beam.made);
     EXPECT_NE(beam.findings.at(0).find("cannot-be-kept"), std::string::npos) << beam;
@@ -481,10 +481,11 @@ TEST(Splitting, FailsOnBentElementsAndCountsWhatAnotherDiagonalSaves) {
     const Outcome bent =
         Flat("*Node\n11, 0., 0.\n2, 1., 0.\n13, 0.2, 0.2\n4, 0., 1.\n*Element, type=CPS4, elset=A\n7, 11, 2, 13, 4\n");
     EXPECT_FALSE(bent.made);
-    EXPECT_EQ(bent.findings, (std::vector<std::string>{
-                                 "7 split-fails: element 7 cannot be split: its diagonals make pieces of both signs; "
-                                 "another diagonal would do",
-                                 "7 split-saved: of 1 elements that cannot be split another diagonal would save 1"}));
+    EXPECT_EQ(bent.findings,
+              (std::vector<std::string>{
+                  "7 split-fails: element 7 cannot be split: its diagonals make pieces of both signs; "
+                  "another diagonal would do",
+                  "7 split-saved: elements that cannot be split: 1; another diagonal would save 1 of them"}));
 }
 
 TEST(Splitting, TurnsWhatRunsTheWrongWayRound) {
@@ -498,7 +499,7 @@ TEST(Splitting, IsRefusedWhenAskedFor) {
     asked.options.split = false;
     const Outcome flat = Flat(kCube, asked);
     EXPECT_FALSE(flat.made);
-    EXPECT_TRUE(flat.Has("10 must-be-split: 1 elements are lost: type C3D8R is neither triangle nor tetrahedron"))
+    EXPECT_TRUE(flat.Has("10 must-be-split: 1 element is lost: type C3D8R is neither triangle nor tetrahedron"))
         << flat;
 }
 

@@ -92,21 +92,6 @@ TEST(Fields, HalfWayBetweenTwoTexts) {
     EXPECT_EQ(Laid([](char *at) { return FieldReal15(at, 100000015.0); }), "  1.0000002e+08");
 }
 
-TEST(Fields, OfAMillionRandomBitPatterns) {
-    std::mt19937_64 random(9);
-    for (int run = 0; run < 1000000 && !HasFatalFailure(); ++run) {
-        ExpectReal(FromBits(random()));
-    }
-}
-
-TEST(Fields, OfValuesThatComeAgainInAnyOrder) {
-    std::mt19937 random(10);
-    for (int run = 0; run < 20000 && !HasFatalFailure(); ++run) { // few values, met again and again
-        ExpectReal(static_cast<double>(random() % 50) / 8 - 3);
-        ExpectReal(random() % 2 == 0 ? 0.0 : -0.0);
-    }
-}
-
 TEST(Fields, OfWholeNumbers) {
     std::vector<int> values{0, INT_MAX, INT_MIN, INT_MIN + 1};
     for (long long power = 1; power <= 10000000000; power *= 10) {

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -81,8 +82,55 @@ TEST(Rows, OfSetsAreLeftWhereTheLineIsLongerThanALineMayBe) {
     EXPECT_EQ(over.Rest(), row);
 }
 
+TEST(Rows, OfWholeNumbersOfUpToTenDigitsAreTaken) {
+    Text text("1,1234567,12345678,123456789,2147483647,0000000001\n");
+    int numbers[6];
+    ASSERT_TRUE(TakeElementRow(&text.stream, 6, numbers));
+    EXPECT_EQ(Ints(numbers, numbers + 6), (Ints{1, 1234567, 12345678, 123456789, 2147483647, 1}));
+    for (const char *row : {"1,2147483648\n", "1,9999999999\n", "1,00000000001\n", "1,18446744073709551617\n"}) {
+        Text over(row);
+        EXPECT_FALSE(TakeElementRow(&over.stream, 2, numbers)) << row;
+        EXPECT_EQ(over.Rest(), row);
+    }
+}
+
+TEST(Rows, OfDecimalsAreTakenExactly) {
+    const struct {
+        const char *text;
+        double value;
+    } decimals[] = {{"0", 0.0},
+                    {"-0.", -0.0},
+                    {".5", 0.5},
+                    {"-.5", -0.5},
+                    {"5.", 5.0},
+                    {"12345678", 12345678.0},
+                    {"1.2345678", 1.2345678},
+                    {"123456789.012345", 123456789.012345},       // 15 digits
+                    {"0.12345678901234", 0.12345678901234},       // 15 with the 0
+                    {"1234567890.123456", 1234567890.123456},     // 16
+                    {"0.12345678901234567", 0.12345678901234567}, // 18
+                    {"0.1234567890123456789", 0.1234567890123456789},
+                    {"9007199254740993.", 9007199254740992.0}, // 2^53 + 1: to even
+                    {"1e5", 1e5},
+                    {"1.5E-3", 1.5e-3},
+                    {"0.000000000000000000000001", 1e-24},
+                    {"1000000000000000000000000", 1e24}};
+    for (const auto &decimal : decimals) {
+        Text text(std::string("7,") + decimal.text + "," + decimal.text + "\n");
+        int number;
+        double x, y, z;
+        ASSERT_TRUE(TakeNodeRow(&text.stream, &number, &x, &y, &z)) << decimal.text;
+        EXPECT_EQ(x, decimal.value) << decimal.text;
+        EXPECT_EQ(std::signbit(x), std::signbit(decimal.value)) << decimal.text;
+        EXPECT_EQ(y, decimal.value) << decimal.text;
+        EXPECT_EQ(z, 0);
+    }
+}
+
 TEST(Rows, OfAnyOtherFormAreLeft) {
-    for (const char *row : {"*NODE\n", "x,1,2,3\n", "1,2,3,\n", "7,1,2,3 ** c\n", "7,0x1p3,2,3\n", "7,1,2,3"}) {
+    for (const char *row :
+         {"*NODE\n", "7,.,2,3\n", "7,-,2,3\n", "7,1.5.2,2,3\n", "7,1.5D+02,2,3\n", "7:,1,2,3\n", "7,1:,2,3\n",
+          "7,1e,2,3\n", "7,+1,2,3\n", "x,1,2,3\n", "1,2,3,\n", "7,1,2,3 ** c\n", "7,0x1p3,2,3\n", "7,1,2,3"}) {
         Text text(row);
         int number;
         double x;

@@ -18,6 +18,11 @@ add_executable(random_decks_test random_decks_test.cpp)
 target_link_libraries(random_decks_test PRIVATE kivom_fakesystem)
 add_test(NAME random_decks COMMAND random_decks_test)
 
+# Random doubles as number fields; by hand: random_fields_test --count 100000000 --seed 2.
+add_executable(random_fields_test random_fields_test.cpp)
+target_link_libraries(random_fields_test PRIVATE kivom_core kivom_fakesystem)
+add_test(NAME random_fields COMMAND random_fields_test)
+
 kivom_test(layers_test LINK kivom_core)
 target_compile_definitions(layers_test PRIVATE KIVOM_SOURCES="${PROJECT_SOURCE_DIR}")
 
