@@ -54,10 +54,7 @@ if(TARGET kivodeck)
   kivom_install(kivodeck)
   install(TARGETS kivodeck RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-if(EXISTS ${CMAKE_SOURCE_DIR}/view/kivorender)
-  kivom_install(kivorender)
-  install(PROGRAMS ${CMAKE_SOURCE_DIR}/view/kivorender DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
+kivom_install(kivorender) # view/ installs the command itself
 
 # The documents -------------------------------------------------------------------------------------------
 # The README as it is installed: without the lines between "<!-- source only -->" and "<!-- end of source only -->",

@@ -1,10 +1,7 @@
 # What the shells offer is what the programs' help tells: in each shell that is here.
-set(helpful)
+set(helpful ${PROJECT_SOURCE_DIR}/view/kivorender)
 if(TARGET kivodeck)
   list(APPEND helpful $<TARGET_FILE:kivodeck>)
-endif()
-if(EXISTS ${PROJECT_SOURCE_DIR}/view/kivorender)
-  list(APPEND helpful ${PROJECT_SOURCE_DIR}/view/kivorender)
 endif()
 foreach(shell bash fish zsh)
   find_program(KIVOM_${shell} ${shell} DOC "Shell whose completions are tested")

@@ -1,8 +1,8 @@
 # Checks written in Python. Where a library or a program that one needs is not there, it is not among the tests.
 
-# kivom_python_test(name script [NEEDS modules and programs...] [ARGS arguments...])
+# kivom_python_test(name script [NEEDS modules and programs...] [UNDER command...] [ARGS arguments...])
 function(kivom_python_test name script)
-  cmake_parse_arguments(ARG "" "" "NEEDS;ARGS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "NEEDS;UNDER;ARGS" ${ARGN})
   execute_process(RESULT_VARIABLE missing COMMAND ${KIVOM_PYTHON} -c [[
 import importlib.util, shutil, sys
 sys.exit(not all(importlib.util.find_spec(need) or shutil.which(need) for need in sys.argv[1:]))]] ${ARG_NEEDS})
@@ -10,7 +10,7 @@ sys.exit(not all(importlib.util.find_spec(need) or shutil.which(need) for need i
     message(STATUS "Not tested: ${name}, which needs ${ARG_NEEDS}")
     return()
   endif()
-  add_test(NAME ${name} COMMAND ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/${script} ${ARG_ARGS})
+  add_test(NAME ${name} COMMAND ${ARG_UNDER} ${KIVOM_PYTHON} ${CMAKE_SOURCE_DIR}/${script} ${ARG_ARGS})
   set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
 endfunction()
 
@@ -38,8 +38,8 @@ kivom_python_test(quality tests/vtk/run_quality.py NEEDS vtkmodules ARGS $<TARGE
 # The texts that the mutations replace stand where the list says.
 kivom_python_test(mutations.list tools/mutate ARGS --list)
 
-# What a build with sanitizers or counters cannot tell anything new about: the checks themselves, and speed (the
-# outputs of a small benchmark are right, and the number of instructions is the committed one).
+# What a build with sanitizers or counters cannot tell anything new about: the checks themselves, speed (the outputs of a
+# small benchmark are right, and the number of instructions is the committed one), and pictures.
 if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
   kivom_python_test(vtk_checks_themselves tests/vtk/test_check_vtk.py NEEDS vtkmodules meshio)
   kivom_python_test(vtk_runs_themselves tests/vtk/test_run_vtk_checks.py NEEDS vtkmodules meshio)
@@ -48,5 +48,8 @@ if(NOT KIVOM_SANITIZE AND NOT KIVOM_COVERAGE)
   endif()
   kivom_python_test(benchmark bench/compare.py ARGS --quick --no-peers --program $<TARGET_FILE:KIVOm>
                     --maker $<TARGET_FILE:makedeck> ${plain} ${kivodeck})
-  kivom_python_test(instructions bench/instructions.py NEEDS valgrind ARGS --program $<TARGET_FILE:KIVOm> --maker $<TARGET_FILE:makedeck>)
+  kivom_python_test(instructions bench/instructions.py NEEDS valgrind ARGS --program $<TARGET_FILE:KIVOm>
+                    --maker $<TARGET_FILE:makedeck>)
+  kivom_python_test(view tests/view/test_kivorender.py NEEDS numpy vtkmodules xvfb-run UNDER xvfb-run -a
+                    ARGS --program $<TARGET_FILE:KIVOm> ${kivodeck})
 endif()
