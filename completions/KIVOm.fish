@@ -1,2 +1,2 @@
 # Completion of KIVOm's command lines in fish: a deck and one option.
-complete -c KIVOm -l vtk -d 'write VTK files, too'
+complete -c KIVOm -l vtk -d 'also write VTK files'

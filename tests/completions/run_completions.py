@@ -4,8 +4,8 @@
     run_completions.py SHELL COMPLETIONS PROGRAM...      SHELL: bash, zsh or fish
 
 COMPLETIONS is the project's folder of that name, each PROGRAM one that has --help. For every PROGRAM and every command
-that it has, the options offered must be those of --help: no more and no less, in zsh and fish with the same
-descriptions; and the values offered for an option must be those that --help lists. Bash and fish are asked
+that it has, the options offered must be those of --help: no more and no less, in zsh and fish with
+descriptions that are the help's or its beginning; and the values offered for an option must be those that --help lists. Bash and fish are asked
 as they are when a user presses the key, zsh for what it hands to its own "_arguments". Exit status 0 when all agree.
 """
 import os
@@ -108,6 +108,9 @@ class Bash:
     def options(self, command):
         return self.offers(" ".join(command) + " -")
 
+    def verbs(self, program):
+        return self.offers(program + " ")
+
     def values(self, command, option):
         return list(self.offers(" ".join(command) + f" {option} "))
 
@@ -139,6 +142,11 @@ class Zsh:
     def options(self, command):
         return {name: words for name, (words, _) in self.specs(command).items() if name.startswith("--")}
 
+    def verbs(self, program):
+        with open(f"{self.folder}/_{program}", encoding="utf-8") as stream:
+            listed = re.search(r" commands=\(\n(.*?)\n\)", stream.read(), re.S)
+        return dict(line.strip().strip("'").split(":", 1) for line in listed.group(1).split("\n"))
+
     def values(self, command, option):
         listed = re.search(r":\((.*)\)$", self.specs(command)[option][1])
         return listed.group(1).split() if listed else []
@@ -152,10 +160,20 @@ def compare(shell, command, options, failures):
         failures.append(f"{' '.join(command)}: offered are {sorted(offered)}, help lists {sorted(long)}")
         return
     for name, option in long.items():
-        if offered[name] not in (None, option.words):
-            failures.append(f"{' '.join(command)} {name}: \"{offered[name]}\" is \"{option.words}\" in the help")
+        words = offered[name]
+        if words == "" or not option.words.startswith(words or ""):
+            failures.append(f"{' '.join(command)} {name}: \"{words}\" is \"{option.words}\" in the help")
         if option.values and sorted(shell.values(command, name)) != sorted(option.values):
             failures.append(f"{' '.join(command)} {name}: {shell.values(command, name)} for {option.values}")
+
+
+def compare_verbs(shell, program, verbs, failures):
+    offered = shell.verbs(program)
+    if set(offered) != set(verbs):
+        failures.append(f"{program}: offered are {sorted(offered)}, help lists {sorted(verbs)}")
+    for verb in set(offered) & set(verbs):
+        if offered[verb] not in (None, verbs[verb]):
+            failures.append(f"{program}: {verb} is \"{offered[verb]}\", in the help \"{verbs[verb]}\"")
 
 
 def main():
@@ -168,6 +186,8 @@ def main():
         verbs, options = help_of([program])
         called = os.path.basename(program)
         compare(shell, [called], options, failures)
+        if verbs:
+            compare_verbs(shell, called, verbs, failures)
         for verb in verbs:
             compare(shell, [called, verb], help_of([program, verb])[1], failures)
         compared += 1 + len(verbs)
