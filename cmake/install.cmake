@@ -66,11 +66,11 @@ execute_process(COMMAND sed -e [[/^<!-- source only -->$/,/^<!-- end of source o
   OUTPUT_FILE ${CMAKE_BINARY_DIR}/installed/README.md COMMAND_ERROR_IS_FATAL ANY)
 install(FILES ${CMAKE_BINARY_DIR}/installed/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md ${CMAKE_CURRENT_LIST_DIR}/copyright
   DESTINATION ${KIVOM_DOCS} COMPONENT documents)
-install(FILES ${CMAKE_SOURCE_DIR}/tests/cases/README.md DESTINATION ${KIVOM_DOCS}/tests/cases COMPONENT documents)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINATION ${KIVOM_DOCS} COMPONENT documents
   FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.inp" PATTERN "*.geo"
   PATTERN "make/*.py" PERMISSIONS ${KIVOM_EXECUTE}
-  PATTERN "__pycache__" EXCLUDE)
+  PATTERN "__pycache__" EXCLUDE
+  PATTERN "how-it-works.md" EXCLUDE) # for those who have the source
 
 configure_file(${CMAKE_CURRENT_LIST_DIR}/uninstall.cmake.in ${CMAKE_BINARY_DIR}/uninstall.cmake @ONLY)
 add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${CMAKE_BINARY_DIR}/uninstall.cmake)

@@ -4,9 +4,9 @@
     run_completions.py SHELL COMPLETIONS PROGRAM...      SHELL: bash, zsh or fish
 
 COMPLETIONS is the project's folder of that name, each PROGRAM one that has --help. For every PROGRAM and every command
-that it has, the options offered must be those of --help: no more and no less, in zsh and fish with
-descriptions that are the help's or its beginning; and the values offered for an option must be those that --help lists. Bash and fish are asked
-as they are when a user presses the key, zsh for what it hands to its own "_arguments". Exit status 0 when all agree.
+that it has, the options offered must be those of --help, no more and no less, with descriptions (zsh, fish) that are the
+help's or its beginning; and the values offered for an option must be those that --help lists. Bash and fish are asked as
+they are when a user presses the key, zsh for what it hands to its own "_arguments". Exit status 0 when all agree.
 """
 import os
 import re
