@@ -9,6 +9,8 @@ if(KIVOM_PYTHON)
             ${CMAKE_SOURCE_DIR}/examples/README.md ${CMAKE_SOURCE_DIR}/README.md)
   set_tests_properties(docs.pages PROPERTIES TIMEOUT 300)
   add_test(NAME docs.run_docs COMMAND ${KIVOM_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/docs/test_run_docs.py)
+  add_test(NAME docs.installed COMMAND ${KIVOM_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/docs/installed.py
+    ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR} ${PROJECT_VERSION})
 else()
   message(STATUS "No Python: the pages of the documents are not tested")
 endif()
