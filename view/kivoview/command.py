@@ -35,11 +35,11 @@ def size(text):
 def version():
     """The project's: beside the installed modules, or in the project itself."""
     above = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-    for path, form in ((os.path.join(above, "VERSION"), r"(\S+)"),
-                       (os.path.join(above, "..", "CMakeLists.txt"), r"[^#]*?^project\(KIVOm VERSION (\S+)")):
+    for path, form in ((os.path.join(above, "VERSION"), r"^(\S+)"),
+                       (os.path.join(above, "..", "CMakeLists.txt"), r"^project\(KIVOm VERSION (\S+)")):
         if os.path.isfile(path):
             with open(path, encoding="utf-8") as stream:
-                return re.match(form, stream.read(), re.M)[1]
+                return re.search(form, stream.read(), re.M)[1]
     return "of unknown version"
 
 
