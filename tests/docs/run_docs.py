@@ -278,7 +278,7 @@ def check_messages(source, man, failures):
 
 def can_render():
     """Whether what kivorender needs is installed."""
-    has_vtk = subprocess.run(["/usr/bin/python3", "-c", "import vtkmodules"], check=False, stderr=subprocess.DEVNULL)
+    has_vtk = subprocess.run(["/usr/bin/python3", "-c", "import numpy, vtkmodules"], check=False, stderr=subprocess.DEVNULL)
     return has_vtk.returncode == 0 and ("DISPLAY" in os.environ or shutil.which("xvfb-run"))
 
 
