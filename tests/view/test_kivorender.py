@@ -180,21 +180,49 @@ class Pictures(WithFolder):
         self.assertGreater(sum(dot[2] > dot[0] for dot in rows[SIDE // 2][:SIDE]), 100)
         self.assertGreater(solid[2], solid[0])
 
-    def test_curved_faces_have_no_stripes(self):
-        self.translate(TETRAHEDRON.replace("BULGE", "-.1"))
+    def test_face_that_misses_a_node(self):
+        # The face behind it keeps its own colour.
+        self.translate("*Node\n1, 0., 0., 0.\n2, 1., 0., 0.\n3, 0., 1., 0.\n4, 0., 0., 1.\n"
+                       "*Element, type=C3D4, elset=ALL\n1, 1, 2, 9, 4\n2, 1, 2, 3, 4\n"
+                       "*Elset, elset=BAD\n1\n*Elset, elset=GOOD\n2\n"
+                       "*Surface, type=ELEMENT, name=LOST\nBAD, S1\n*Surface, type=ELEMENT, name=KEPT\nGOOD, S1\n")
         rows = self.drawn(view=(0, 0, -1))
-        row = rows[round(SIDE / 2 + 0.2 * SCALE)]  # y = 0.3: the pieces at corners 1 and 2, and the middle one
-        across = [row[round(SIDE / 2 + (0.5 - x / 200) * SCALE)] for x in range(8, 132)]
-        self.assertTrue(all(red > 2 * blue for red, _, blue in across), across)  # the cells are blue
-        # Each piece is flat; between two there is a dot or so that shows both.
-        changes = sum(a != b for a, b in zip(across, across[1:]))
-        self.assertLessEqual(changes, 6)
+        self.assertEqual(self.left_out, 2)
+        self.assertEqual(at(rows, 1 - 0.25, 0.25), legend_colours(rows)[2])
+
+    def test_curved_faces_have_no_stripes(self):
+        for bulge in ("-.1", ".1"):
+            self.translate(TETRAHEDRON.replace("BULGE", bulge))
+            rows = self.drawn(view=(0, 0, -1))
+            row = rows[round(SIDE / 2 + 0.2 * SCALE)]  # y = 0.3: the pieces at corners 1 and 2, and the middle one
+            across = [row[round(SIDE / 2 + (0.5 - x / 200) * SCALE)] for x in range(8, 132)]
+            self.assertTrue(all(red > 2 * blue for red, _, blue in across), across)  # the cells are blue
+            # Each piece is flat; between two there is a dot or so that shows both.
+            changes = sum(a != b for a, b in zip(across, across[1:]))
+            self.assertLessEqual(changes, 6)
+
+    def test_slanted_faces_have_no_stripes(self):
+        self.translate(TETRAHEDRON.replace("BULGE", "0."))
+        for view in ((0.3, 0.2, -1), (-2, 1, -1)):
+            reds = 0
+            for row in self.drawn(view=view):
+                red = [x for x in range(SIDE) if row[x][0] > 2 * row[x][2]]
+                between = row[red[0]:red[-1]] if red else []
+                self.assertFalse([dot for dot in between if dot[2] > dot[0]])
+                reds += len(red)
+            self.assertGreater(reds, SIDE * SIDE / 10)
 
     def test_a_glance_from_every_side(self):
         self.translate(TETRAHEDRON.replace("BULGE", "0."))
-        for view in ((0, 0, 1), (0, 1, 0), (0, -1, 0), (1, 0, 0), (-1e300, 0, 1e-300), (1e-9, 0, 1)):
-            coloured = sum(dot != WHITE for row in self.drawn(view=view) for dot in row[:SIDE])
-            self.assertGreater(coloured, SIDE * SIDE // 4)
+        for view in ((0, 0, 1), (0, 1, 0), (0, -1, 0), (1, 0, 0), (-1e300, 0, 1e-300), (1e-9, 0, 1), None, (1, 3, -2)):
+            rows = [row[:SIDE] for row in self.drawn(view=view, with_sets=False)]
+            seen = [(x, y) for y, row in enumerate(rows) for x, dot in enumerate(row) if dot != WHITE]
+            low, high = [min(axis) for axis in zip(*seen)], [max(axis) + 1 for axis in zip(*seen)]
+            for k in (0, 1):  # in the middle
+                self.assertAlmostEqual(low[k] + high[k], SIDE, delta=3)
+            self.assertAlmostEqual(max(h - l for l, h in zip(low, high)), SCALE, delta=4)
+            if view and sum(abs(c) > 1e-6 * max(map(abs, view)) for c in view) == 1:  # half a square
+                self.assertAlmostEqual(len(seen), 0.5 * SCALE ** 2, delta=0.02 * SCALE ** 2)
 
     def test_many_groups(self):
         rows = ["*Node"] + ["%d, %d., %d." % (k + 1, k // 2, k % 2) for k in range(62)]

@@ -133,4 +133,7 @@ def main():
     if lack:
         say(lack)
         return UNUSABLE
-    return draw_elsewhere(arguments)
+    try:
+        return draw_elsewhere(arguments)
+    except KeyboardInterrupt:
+        return FAILED

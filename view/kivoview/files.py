@@ -39,6 +39,7 @@ class Grid:
         self.tags = vtk_to_numpy(tags)
         self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
+        self.points[~self.finite] = 0  # nothing is drawn there, but it is in the lists that are handed on
         self.taken = 0
 
     def left_out(self):

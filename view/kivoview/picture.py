@@ -17,7 +17,9 @@ import vtkmodules.vtkRenderingOpenGL2  # pylint: disable=unused-import  # what d
 
 from . import colours, files, legend, shapes
 
-FINER = 2  # it is drawn so many times as large, and made smaller: lines and rims are smooth
+# A picture is drawn so many times as large, and made smaller: lines and rims are smooth. Beyond so many pixels it is
+# not: that would take gigabytes.
+FINER, FINER_UP_TO = 2, 4000000
 LEGEND_SHARE = 0.24  # of the picture's width
 MARGIN = 1.06  # room around the mesh
 STEP = 0.001  # from layer to layer
@@ -68,8 +70,8 @@ class Frame:
 class Scene:
     """The mesh's renderer, the one of what is drawn in front of it, and the legend's lines."""
 
-    def __init__(self, frame):
-        self.frame, self.mesh, self.front, self.entries = frame, vtkRenderer(), vtkRenderer(), []
+    def __init__(self, frame, finer):
+        self.frame, self.finer, self.mesh, self.front, self.entries = frame, finer, vtkRenderer(), vtkRenderer(), []
 
     def add(self, data, layer, rgb, renderer=None):
         """Draws polygons, lines or points, in one colour or one for each."""
@@ -96,7 +98,7 @@ class Scene:
         if len(lines):
             look = self.add(shapes.poly_data(self.frame.place(points), lines=lines), layer, rgb, renderer)
             look.LightingOff()
-            look.SetLineWidth(FINER * width)
+            look.SetLineWidth(self.finer * width)
             look.SetOpacity(strength)
 
     def add_balls(self, points, layer, rgb, across, renderer=None):
@@ -104,7 +106,7 @@ class Scene:
             each = numpy.arange(len(points))[:, None]
             look = self.add(shapes.poly_data(self.frame.place(points), vertices=each), layer, rgb, renderer)
             look.RenderPointsAsSpheresOn()
-            look.SetPointSize(FINER * across)
+            look.SetPointSize(self.finer * across)
 
 
 def painted(tags, groups):
@@ -155,7 +157,8 @@ def add_cells(scene, grid, outer, groups, is_pale):
 def add_faces(scene, grid, groups, dimension):
     rgb, entries = painted(grid.tags, of_kind(groups, "faces"))
     scene.entries += entries
-    scene.add_triangles(grid.points, shapes.sheets(grid), LAYER["faces"], rgb)
+    triangles = shapes.sheets(grid)
+    scene.add_triangles(grid.points, triangles, LAYER["faces"], rgb[triangles.places])
     if dimension == 2:
         lines, places = grid.rows(shapes.LINE, 2)
         scene.add_lines(grid.points, lines, LAYER["lines"], rgb[places], FACE_LINE_WIDTH)
@@ -215,7 +218,7 @@ def window_of(scene, width, height):
     window, side = vtkRenderWindow(), vtkRenderer()
     window.SetOffScreenRendering(1)
     window.SetMultiSamples(0)
-    window.SetSize(FINER * width, FINER * height)
+    window.SetSize(scene.finer * width, scene.finer * height)
     window.SetNumberOfLayers(2)
     scene.front.SetLayer(1)
     scene.front.SetActiveCamera(scene.mesh.GetActiveCamera())
@@ -232,20 +235,20 @@ def window_of(scene, width, height):
     scene.mesh.SetViewport(0, 0, 1 - LEGEND_SHARE, 1)
     scene.front.SetViewport(0, 0, 1 - LEGEND_SHARE, 1)
     side.SetViewport(1 - LEGEND_SHARE, 0, 1, 1)
-    legend.add(side, scene.entries, int(width * LEGEND_SHARE), height, FINER)
+    legend.add(side, scene.entries, int(width * LEGEND_SHARE), height, scene.finer)
     return window
 
 
-def png(window):
-    """The window's picture as the bytes of a PNG file."""
+def png(window, finer):
+    """The window's picture, `finer` times smaller, as the bytes of a PNG file."""
     window.Render()
     large, writer, image = vtkWindowToImageFilter(), vtkPNGWriter(), vtkImageData()
     large.SetInput(window)
     large.ReadFrontBufferOff()
     large.Update()
-    width, height = (side // FINER for side in large.GetOutput().GetDimensions()[:2])
-    dots = vtk_to_numpy(large.GetOutput().GetPointData().GetScalars()).reshape(height, FINER, width, FINER, 3)
-    dots = (dots.sum(axis=(1, 3), dtype=numpy.uint16) + FINER ** 2 // 2) // FINER ** 2
+    width, height = (side // finer for side in large.GetOutput().GetDimensions()[:2])
+    dots = vtk_to_numpy(large.GetOutput().GetPointData().GetScalars()).reshape(height, finer, width, finer, 3)
+    dots = (dots.sum(axis=(1, 3), dtype=numpy.uint16) + finer ** 2 // 2) // finer ** 2
     image.SetDimensions(width, height, 1)
     image.GetPointData().SetScalars(numpy_to_vtk(dots.astype(numpy.uint8).reshape(-1, 3), deep=1))
     writer.SetInputData(image)
@@ -266,8 +269,8 @@ def draw(folder, audit, view, size, with_sets):
     if not len(used):
         raise CannotDraw("no cell has a side that can be drawn")
     width, height = size
-    scene = Scene(Frame(grid.points[used], view or STANDARD_VIEW[dimension], dimension,
-                        width * (1 - LEGEND_SHARE), height))
+    frame = Frame(grid.points[used], view or STANDARD_VIEW[dimension], dimension, width * (1 - LEGEND_SHARE), height)
+    scene = Scene(frame, FINER if width * height <= FINER_UP_TO else 1)
     if audit is not None:
         failed = files.Grid(audit, "Check", None)
         add_failed(scene, failed)
@@ -281,4 +284,4 @@ def draw(folder, audit, view, size, with_sets):
             left_out += faces.left_out()
         if with_sets:
             add_nodes(scene, grid, groups, pixels)
-    return png(window_of(scene, width, height)), left_out
+    return png(window_of(scene, width, height), scene.finer), left_out
