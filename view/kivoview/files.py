@@ -10,6 +10,7 @@ from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
 # must not take all memory.
 MEMORY_TIMES, MEMORY_BASE = 12, 1 << 29
 HEAD = 100  # bytes in which the dimension stands
+LONGEST_REASON = 100  # letters: the library repeats what it does not understand
 KINDS = {b"Cell": "cells", b"Face": "faces", b"Node": "nodes"}
 
 Group = collections.namedtuple("Group", "kind name tag")
@@ -31,12 +32,14 @@ class Grid:
         node_tags = output.GetPointData().GetArray(node_tag_name) if node_tag_name else tags
         if not cells or not output.GetPoints() or not tags or not node_tags:
             raise Unreadable("%s is no grid with %s" % (path, " and ".join(filter(None, (tag_name, node_tag_name)))))
-        self.title = reader.GetHeader() or ""
+        self.title = as_text(reader.GetHeader())
         self.points = vtk_to_numpy(output.GetPoints().GetData())
         self.connectivity = vtk_to_numpy(cells.GetConnectivityArray())
         self.offsets = vtk_to_numpy(cells.GetOffsetsArray())
         self.types = vtk_to_numpy(output.GetCellTypesArray())
         self.tags = vtk_to_numpy(tags)
+        if not len(self.types) == len(self.tags) == len(self.offsets) - 1:
+            raise Unreadable("%s has not as many types and tags as cells" % path)
         self.node_tags = vtk_to_numpy(node_tags) if node_tag_name else None
         self.finite = numpy.isfinite(self.points).all(axis=1)
         self.points[~self.finite] = 0  # nothing is drawn there, but it is in the lists that are handed on
@@ -61,6 +64,18 @@ def memory_taken():
         return int(stream.read().split()[5]) * mmap.PAGESIZE
 
 
+def as_text(said):
+    """The library gives bytes where they are no UTF-8, and None for no text."""
+    return said.decode("utf-8", "replace") if isinstance(said, bytes) else said or ""
+
+
+def first_reason(text):
+    """What the library says of the first error: the line below the one that names the place in its sources."""
+    lines = [line for line in text.split("\n") if line] + ["", ""]
+    reason = re.sub(r"^\w+ \(0x\w+\): | ?\(0x\w+\)| for file: .*$", "", lines[1])
+    return "".join(c if " " <= c <= "~" else "?" for c in reason[:LONGEST_REASON]) or "it cannot be read"
+
+
 def read(path):
     """The reader of the file at `path`, and what it has read. It goes on after an error: what it says is kept."""
     vtkLogger.SetStderrVerbosity(vtkLogger.VERBOSITY_OFF)
@@ -76,8 +91,7 @@ def read(path):
     reader.Update()
     resource.setrlimit(resource.RLIMIT_DATA, (soft, hard))
     if said.GetOutput() or reader.GetErrorCode():
-        lines = [line for line in said.GetOutput().split("\n") if line] + ["not a whole VTK file"]
-        raise Unreadable("%s cannot be read: %s" % (path, lines[1] if len(lines) > 2 else lines[-1]))
+        raise Unreadable("%s is no whole VTK file: %s" % (path, first_reason(as_text(said.GetOutput()))))
     return reader, reader.GetOutput()
 
 
