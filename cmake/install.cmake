@@ -94,8 +94,8 @@ KIVO solver. On request it writes the mesh as VTK files, too.
 kivodeck tells of any deck what the translator will not hold, writes it as a
 deck that the translator takes whole, and judges the mesh that comes of it.
 .
-kivorender draws the VTK files as a picture. It needs python3-vtk9 and, where
-there is no screen, xvfb.")
+kivorender draws the VTK files as a picture. It needs python3-vtk9,
+python3-numpy and, where there is no screen, xvfb and xauth.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${KIVOM_EXECUTE})
@@ -104,7 +104,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Nothing of it is needed to translate and to judge meshes, and python3-vtk9 brings half a gigabyte along.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, python3-vtk9, xvfb, xauth, paraview")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, python3-vtk9, python3-numpy, xvfb, xauth, paraview")
 if(KIVOM_STATIC)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF) # it brings its libraries along
 else()
