@@ -205,7 +205,7 @@ TEST(Groups, ComeFromElementLines) {
               "*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n");
     EXPECT_EQ(flat.findings,
               std::vector<std::string>{"14 divided-group: group PLATE has several sections: its elements "
-                                       "differ in material (flatten --groups=sections parts them)"});
+                                       "differ in material (flatten --groups=sections separates them)"});
 }
 
 TEST(Groups, ComeFromTheLastSectionWhenAskedFor) {
@@ -304,8 +304,7 @@ TEST(Skins, OnNobodysFaceAreAnError) {
     const Outcome flat = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=S3, elset=Base\n11, 1, 2, 5\n");
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.text, "");
-    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral beside solids is on nobody's face"))
-        << flat;
+    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral beside solids is on nobody's face")) << flat;
 }
 
 TEST(Skins, OfAPlaneMeshAreLines) {
