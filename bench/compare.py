@@ -23,6 +23,7 @@ small decks and one turn: it tries the command and judges memory alone. The fold
 Exit status: 0 when every output is right, else 1; with --strict 1, too, when a target is missed or is not judged."""
 
 import argparse
+import collections
 import os
 import shutil
 import signal
@@ -31,7 +32,7 @@ import tempfile
 
 from decks import CUBES, GROWTH, make_decks
 from page import UNSTEADY, all_met, make_page, target_row, usage_fields
-from peers import plan_peers
+from peers import package_version, plan_peers
 from runs import Wrong, is_peak_hidden
 from samples import take_turns, times
 
@@ -46,6 +47,9 @@ MEMORY_LIMIT = 1.4
 SECOND_LIMITS = {"check": (1.5, 3.0), "flatten": (3.0, 4.0), "audit": (3.5, 3.0)}  # time and memory, times the run's
 PEER_BOUNDS = {("meshio", "run --vtk"): ("at least", 6.0), ("gmsh", "run --vtk"): ("more than", 1.0),
                ("cgx", "run --vtk"): ("more than", 1.0)}
+
+# The time of a job, times the other's and a factor, is at most the limit.
+Ratio = collections.namedtuple("Ratio", "title job other limit note factor", defaults=("", 1))
 
 
 def verbs_of(deck):
@@ -75,10 +79,9 @@ class Comparison:
                      if key in self.decks["base"].jobs]
 
     def floor_ratios(self):
-        """Ratios are (title, job, the job it is held against, bound, note, factor)."""
         jobs = self.decks["base"].jobs
         for key, limit in FLOOR_LIMITS.items():
-            yield (f"{jobs[key].title}, times the floor", jobs[key], jobs[key.replace("run", "floor")], limit, "", 1)
+            yield Ratio(f"{jobs[key].title}, times the floor", jobs[key], jobs[key.replace("run", "floor")], limit)
 
     def growth_ratios(self):
         base = self.decks["base"]
@@ -87,35 +90,35 @@ class Comparison:
                 # The large box is not exactly six times the small one: the figure is brought to six in proportion.
                 large = self.decks["large"]
                 growth = large.summary["elements"] / base.summary["elements"]
-                yield (f"{large.jobs[key].title}, times six sections", large.jobs[key], base.jobs[key], GROWTH_LIMIT,
-                       f"measured at {growth:.2f} times", GROWTH / growth)
+                yield Ratio(f"{large.jobs[key].title}, times six sections", large.jobs[key], base.jobs[key],
+                            GROWTH_LIMIT, f"measured at {growth:.2f} times", GROWTH / growth)
             for name, limit in self.limits.items():
                 deck = self.decks[name]
                 note = f"deck {deck.summary['bytes'] / base.summary['bytes']:.2f} times as long"
                 if key == "run --vtk" and name[:4] == "many":
                     note += f"; writes {deck.output[True][0]:,} files"
-                yield f"{deck.jobs[key].title}, times six sections", deck.jobs[key], base.jobs[key], limit, note, 1
+                yield Ratio(f"{deck.jobs[key].title}, times six sections", deck.jobs[key], base.jobs[key], limit, note)
 
     def second_ratios(self):
         for deck in self.decks.values():
             for verb in verbs_of(deck):
-                yield (f"{deck.title}: {verb}, times the run", deck.jobs[verb], deck.jobs["run"],
-                       SECOND_LIMITS[verb][0], "", 1)
+                yield Ratio(f"{deck.title}: {verb}, times the run", deck.jobs[verb], deck.jobs["run"],
+                            SECOND_LIMITS[verb][0])
 
     def measure(self, options):
         def tell(turn):
             print(f"{self.kind}: {turn}", file=sys.stderr)
         for job in () if options.quick else self.jobs:
             job.take(is_counted=False)  # tells how much memory it needs
-        compared = [ratio[1:3] for ratio in self.ratios]
+        compared = [(ratio.job, ratio.other) for ratio in self.ratios]
         compared += [(job, self.decks["base"].jobs[key]) for _, job, key, _ in self.held]
         take_turns(self.jobs, compared, options.repetitions, options.most_turns, tell)
 
     def target_rows(self):
         rows = []
-        for title, job, other, limit, note, factor in self.ratios:
-            ratio = times(job.seconds, other.seconds)
-            rows.append(target_row(title, ratio and ratio * factor, "at most", limit, note))
+        for ratio in self.ratios:
+            value = times(ratio.job.seconds, ratio.other.seconds)
+            rows.append(target_row(ratio.title, value and value * ratio.factor, "at most", ratio.limit, ratio.note))
         base = self.decks["base"]
         rows.append(target_row(f"{base.title}: reading alone, per byte of deck", base.reading.figure(), "at most",
                                READ_NS, "the log's own figure", " ns"))
@@ -146,12 +149,13 @@ class Comparison:
                 rows.append((name, self.decks["base"].title, *usage_fields(ours[key]), 1, ""))
             for peer, job, _, left_out in held:
                 ratio = times(job.seconds, ours[key].seconds)
-                rows.append((peer.program, f"{self.kind}: {peer.job}", *usage_fields(job),
-                             UNSTEADY if ratio is None else f"{ratio:.2f}", left_out))
+                rows.append((f"{peer.program} {package_version(peer.program)}", f"{self.kind}: {peer.job}",
+                             *usage_fields(job), UNSTEADY if ratio is None else f"{ratio:.2f}", left_out))
         return rows + self.refused
 
     def job_rows(self):
-        return [(job.title, *usage_fields(job), len(job.seconds.values)) for job in self.jobs]
+        return [(job.title, *usage_fields(job), len(job.seconds.values))
+                for deck in self.decks.values() for job in deck.jobs.values()]
 
     def deck_rows(self):
         return [(deck.title, f"{deck.summary['bytes'] / 1e6:.1f}",

@@ -61,8 +61,8 @@ def machine_lines(options):
             f"Compiler: {compiler_of(options.program)}; build type {build}",
             f"Date: {datetime.date.today().isoformat()}",
             f"File system: {kind}; memory touched before each run",
-            f"Seconds: processor time, the smallest of {options.repetitions} turns, and of up to {options.most_turns} "
-            f"until the {AGREEING} smallest lie within {SPREAD:.0%}; {UNSTEADY} where they never do",
+            f"Seconds: processor time, the smallest of {options.repetitions} turns (of up to {options.most_turns} "
+            f"until the {AGREEING} smallest lie within {SPREAD:.0%}; {UNSTEADY} where they never do)",
             "Outputs: counts and geometry right" +
             ("; files and log the same to the byte as the plain build's" if options.plain else "")]
 

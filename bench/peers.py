@@ -104,8 +104,8 @@ def peers_of(cells):
              (*gmsh, "mesh.msh", "-save_all", "-format", "inp", "-o", "result.inp"), "result.inp", row),
         Peer("meshio", "reads the deck", {"check": "surfaces, and every finding"}, meshio, None, told),
         Peer("cgx", "reads the deck", {"check": "every finding"}, ("cgx", "-bg", "read.fbd"), None, told),
-        Peer("ccx", "reads the deck, no step", {"check": "all findings but its own errors"}, ("ccx", "-i", "deck"), None,
-             f"^ *elements: +{cells}$"),
+        Peer("ccx", "reads the deck, no step", {"check": "every finding but its own errors"}, ("ccx", "-i", "deck"),
+             None, f"^ *elements: +{cells}$"),
         Peer("gmsh", "reads .msh", {"check": "the deck, sets, surfaces, and every finding"},
              ("gmsh", "mesh.msh", "-parse_and_exit"), None, told),
         Peer("gmsh", "-check of .msh", {"audit": "all but nodes and cells that are double or unused"},
@@ -151,7 +151,7 @@ def plan_peers(deck, folder):
         except Wrong as wrong:
             rows.append((peer.program, f"{deck.title}: {peer.job}", "failed", "", "", str(wrong)))
             continue
-        title = f"{deck.title}: {peer.program} {package_version(peer.program)} ({peer.job})"
+        title = f"{deck.title}: {peer.program} ({peer.job})"
         planned.append((peer, Job(title, functools.partial(run_peer, peer, folder),
                                   os.path.getsize(result_path(peer, folder)))))
     return planned, rows
