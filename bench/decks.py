@@ -177,6 +177,8 @@ class Deck:
             self.output[has_vtk] = folder_bytes(self.out(has_vtk))
             self.jobs[key] = Job(self.name(has_vtk), functools.partial(self.translate_again, has_vtk, is_kept),
                                  self.output[has_vtk][1])
+            if not is_kept:
+                shutil.rmtree(self.out(has_vtk))
 
     def plan_floor(self):
         for has_vtk in (True, False):
