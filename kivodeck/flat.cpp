@@ -23,11 +23,11 @@ constexpr const char *kBeside = ".part"; // behind the name of a file that is no
 
 // ORDER: flatten::Code.
 constexpr Code kFromFlatten[] = {
-    Code::cannotBeKept, Code::noCell,         Code::edgeLines,    Code::mustBeSplit,  Code::splitFails,
-    Code::splitSaved,   Code::strayTriangles, Code::outOfPlane,   Code::tooSmall,     Code::flat,
-    Code::dividedGroup, Code::mixedOrders,    Code::skinSurface,  Code::skinKnown,    Code::skinSet,
-    Code::facesLost,    Code::shellSide,      Code::overlapNodes, Code::overlapFaces, Code::overlapDivided,
-    Code::nameReplaced, Code::tooManyNumbers, Code::scaledTooFar,
+    Code::cannotBeKept, Code::noCell,         Code::edgeLines,      Code::mustBeSplit,    Code::splitFails,
+    Code::isSplit,      Code::splitSaved,     Code::strayTriangles, Code::outOfPlane,     Code::tooSmall,
+    Code::flat,         Code::dividedGroup,   Code::cutLoose,       Code::mixedOrders,    Code::skinSurface,
+    Code::skinKnown,    Code::skinSet,        Code::facesLost,      Code::shellSide,      Code::overlapNodes,
+    Code::overlapFaces, Code::overlapDivided, Code::nameReplaced,   Code::tooManyNumbers, Code::scaledTooFar,
 };
 static_assert(sizeof kFromFlatten / sizeof kFromFlatten[0] == flatten::kCodes, "each finding has a row");
 
