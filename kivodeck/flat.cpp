@@ -207,6 +207,14 @@ FlatResult Flatten(const FlatJob &job) {
     const Leftover flat(beside.flat);
     const Leftover map(beside.map);
     FlatResult result = MakeFlat(beside);
+    for (const deck::File &file : result.report.files) {
+        for (const std::string &path : {job.flat, job.map}) {
+            if (result.made && !path.empty() && file.includedFrom >= 0 && IsSameFile(path, file.path)) {
+                result.failure = path + " is part of the deck";
+                result.made = false;
+            }
+        }
+    }
     for (const auto &[from, to] : {std::make_pair(beside.map, job.map), std::make_pair(beside.flat, job.flat)}) {
         if (result.made && !from.empty() && std::rename(from.c_str(), to.c_str()) != 0) {
             result.failure = to + " cannot be written: " + std::strerror(errno);

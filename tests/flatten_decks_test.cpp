@@ -241,7 +241,7 @@ TEST(Groups, WhoseNamesBeginWithCAreToldOf) {
     const Outcome flat = Flat(kSquare + "*Element, type=CPS4, elset=c_a\n1, 1, 2, 3, 4\n");
     EXPECT_EQ(flat.findings,
               (Strings{"6 split: 1 element of type CPS4 is split into 2 triangles",
-                       "6 cut-loose: the 2 elements of group C_A are cut loose: its name begins with C_"}));
+                       "6 cut-loose: the 2 elements of group C_A get their own nodes: the name begins with C_"}));
 }
 
 TEST(Groups, OfAnInstanceAreNotCutLooseByItsName) {
@@ -319,7 +319,7 @@ TEST(Skins, OnNobodysFaceAreAnError) {
     const Outcome flat = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=S3, elset=Base\n11, 1, 2, 5\n");
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.text, "");
-    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral beside solids is on nobody's face")) << flat;
+    EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral lies on no face of a solid")) << flat;
 }
 
 TEST(Skins, OfAPlaneMeshAreLines) {
@@ -354,7 +354,7 @@ TEST(NoCells, AreToldByWhatTheyCarry) {
     EXPECT_TRUE(Flat(kTet + "*Element, type=B31, elset=Edge\n11, 1, 2\n")
                     .Has("9 lines-on-edges: 1 element of type B31 lies on an edge of a cell: it is passed over"));
     EXPECT_TRUE(Flat(kTet + "*Element, type=MASS, elset=Edge\n11, 1\n")
-                    .Has("8 no-cell: 1 element of type MASS is passed over: it is no cell"));
+                    .Has("8 no-cell: 1 element of type MASS is ignored: it has no shape"));
     const Outcome beam = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=B31, elset=Edge\n11, 1, 5\n");
     EXPECT_FALSE(beam.made);
     EXPECT_NE(beam.findings.at(0).find("cannot-be-kept"), std::string::npos) << beam;
