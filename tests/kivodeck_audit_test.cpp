@@ -179,6 +179,14 @@ TEST_F(Audit, ShowsTheWorstTen) {
     EXPECT_NE(Run("audit").out.find("  tags             FAILED 4: tags name no group\n    node 0 at (0, 0)\n"),
               std::string::npos);
     EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][2]["count"], 4);
+    std::string groups = "<Groups>\n";
+    for (int tag = 11; tag <= 22; ++tag) { // twelve, without nodes
+        groups += "  <Node Group> N" + std::to_string(tag) + "\n    NodeTag =         " + std::to_string(tag) +
+                  "\n  </Node Group> N" + std::to_string(tag) + "\n";
+    }
+    Write(With("<Groups>\n", groups));
+    EXPECT_NE(Run("audit").out.find("    node group \"N20\"\n    and 2 more\n"), std::string::npos) << Run("audit").out;
+    EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][3]["places"].size(), 10u);
 }
 
 TEST_F(Audit, AsJsonHasTheseKeys) {
