@@ -113,6 +113,25 @@ TEST_P(Examples, CausesItsFindingAndNoOther) {
     }
 }
 
+TEST(Findings, OfRowsBeyondAThousandAreCountedWithTheLast) {
+    std::string deck = "*Node\n";
+    for (int i = 1; i <= 1200; ++i) {
+        deck += std::to_string(i) + ", " + std::to_string(i) + ".D1, " + std::to_string(i % 2) + ".\n";
+    }
+    const Workshop workshop("thousand");
+    const Report report = CheckDeck(workshop.Write("deck.inp", deck + "*Element, type=CPS3, elset=A\n1, 1, 2, 3\n"));
+    int nTold = 0;
+    long long nRows = 0;
+    for (const Finding &finding : report.findings) {
+        if (finding.code == account::Code::dExponent) {
+            ++nTold;
+            nRows += finding.count;
+        }
+    }
+    EXPECT_EQ(nTold, 1000);
+    EXPECT_EQ(nRows, 1200);
+}
+
 std::vector<int> CodesWithExample() {
     std::vector<int> codes;
     for (int i = 0; i < account::kCodes; ++i) {

@@ -361,6 +361,10 @@ TEST(Placing, TurnsByTheRightHandAndExactlyAtQuarters) {
     EXPECT_EQ(deck::Turned(turn, {11, 0, 0}), (deck::Point{0, 11, 0}));
     ASSERT_TRUE(deck::MakeTurn({1, 0, 0}, {1, 0, 1}, -450, &turn));
     EXPECT_EQ(deck::Turned(turn, {2, 0, 5}), (deck::Point{1, -1, 5}));
+    for (const double half : {-180., 180., 540.}) {
+        ASSERT_TRUE(deck::MakeTurn({0, 0, 0}, {0, 0, 2}, half, &turn));
+        EXPECT_EQ(deck::Turned(turn, {3, 4, 5}), (deck::Point{-3, -4, 5})) << half;
+    }
     ASSERT_TRUE(deck::MakeTurn({0, 0, 0}, {1, 1, 1}, 120, &turn)); // x to y, y to z
     const deck::Point p = deck::Turned(turn, {1, 2, 3});
     ExpectNear({p[0], p[1], p[2]}, {3, 1, 2});
