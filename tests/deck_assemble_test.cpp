@@ -50,6 +50,9 @@ TEST(Sets, OfRangesThatAreNoneAreSaid) {
                                    {Code::badNumber, 14},
                                    {Code::badNumber, 15},
                                    {Code::badNumber, 16}}));
+    const auto most = Read(NodesTo(3) + "*NSET, NSET=A, GENERATE\n2, 100000001, 1\n1, 100000001, 1\n");
+    EXPECT_EQ(most.Nodes("A"), (Ints{2, 3})); // the first row makes as many entries as a range may
+    EXPECT_EQ(most.Findings(), (Found{{Code::tooMany, 7}}));
 }
 
 TEST(Sets, OfSetsTakeThemAsTheyAreThere) {
