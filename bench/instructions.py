@@ -16,7 +16,7 @@ import subprocess
 import sys
 import tempfile
 
-from compare import compiler_of
+from page import compiler_of
 
 FIGURES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "instructions.txt")
 DECKS = (("C3D4", 16), ("C3D10", 11))  # type and cubes along an edge, about 1 MB each

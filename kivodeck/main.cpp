@@ -284,7 +284,7 @@ void DescribeCheck(CLI::App *verb, Options *options) {
     verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
         ->check(CLI::IsMember({"error", "warning"}))
         ->option_text("LEVEL");
-    verb->add_flag("--all", options->all, "all findings, not ten of a code");
+    verb->add_flag("--all", options->all, "all findings, instead of ten for each code");
 }
 
 // Zero leaves no mesh, and what is infinite or no number no coordinates.
@@ -295,20 +295,20 @@ std::string IsFactor(const std::string &text) {
 
 void DescribeFlat(CLI::App *verb, Options *options) {
     verb->add_option("DECK", options->flat.deck, "Abaqus input deck")->required();
-    verb->add_option("--groups", options->groups, "cell groups of sections, of sets")
+    verb->add_option("--groups", options->groups, "name cell groups after sections or element sets")
         ->check(CLI::IsMember({"sections", "sets"}));
-    verb->add_option("--overlaps", options->overlaps, "who keeps a node or face of several sets")
+    verb->add_option("--overlaps", options->overlaps, "who gets a node or face of several sets")
         ->check(CLI::IsMember({"smallest", "first", "split"}));
-    verb->add_option("--scale", options->flat.options.scale, "factor of all coordinates")->check(IsFactor);
+    verb->add_option("--scale", options->flat.options.scale, "factor for all coordinates")->check(IsFactor);
     verb->add_option("--map", options->flat.map, "file that lists every number and name that changed");
     verb->add_flag("--no-split", options->noSplit, "refuse elements that would have to be split");
-    verb->add_flag("--allow-loss", options->flat.allowLoss, "write what is left where errors remain");
+    verb->add_flag("--allow-loss", options->flat.allowLoss, "write what is left when there are errors");
     verb->add_option("--format", options->format, "text or json")->check(CLI::IsMember({"text", "json"}));
     verb->add_option("--fail-on", options->failOn, "level that makes the exit status 1: error, warning")
         ->check(CLI::IsMember({"error", "warning"}))
         ->option_text("LEVEL");
-    verb->add_flag("--all", options->all, "all findings, not ten of a code");
-    verb->add_flag("--force", options->force, "overwrite files that are there");
+    verb->add_flag("--all", options->all, "all findings, instead of ten for each code");
+    verb->add_flag("--force", options->force, "overwrite existing files");
 }
 
 void DescribeFlatten(CLI::App *verb, Options *options) {
@@ -318,7 +318,7 @@ void DescribeFlatten(CLI::App *verb, Options *options) {
 
 void DescribeRun(CLI::App *verb, Options *options) {
     DescribeFlat(verb, options);
-    verb->add_flag("--vtk", options->vtk, "write VTK files, too");
+    verb->add_flag("--vtk", options->vtk, "also write VTK files");
     verb->add_flag("--keep", options->keep, std::string("keep the plain deck, ") + kFlatBeside);
 }
 
@@ -327,14 +327,12 @@ void DescribeAudit(CLI::App *verb, Options *options) {
     verb->add_option("MESH", audit.mesh, "the mesh file (default: mesh.input)");
     verb->add_option("--format", audit.format, "text or json")->check(CLI::IsMember({"text", "json"}));
     verb->add_option("--vtk", audit.vtk, "file for the cells, faces and nodes that fail");
-    verb->add_option("--limit", audit.limits, "MEASURE=LEAST:MOST, beyond which cells are counted")
-        ->expected(1)
-        ->take_all();
-    verb->add_flag("--counts", audit.counts, "only sizes and groups, without judging");
+    verb->add_option("--limit", audit.limits, "MEASURE=LEAST:MOST: count the cells outside")->expected(1)->take_all();
+    verb->add_flag("--counts", audit.counts, "only list sizes and groups");
 }
 
 void DescribeExplain(CLI::App *verb, Options *options) {
-    verb->add_option("CODE", options->code, "a finding, check or measure; without it all");
+    verb->add_option("CODE", options->code, "a finding, check or measure; all if left out");
     verb->add_option("--format", options->format, "text, json, man or markdown")
         ->check(CLI::IsMember({"text", "json", "man", "markdown"}));
 }
@@ -370,15 +368,15 @@ bool IsCommand(const CLI::App &app, const std::string &word) {
 
 int Run(int argc, char **argv) {
     Options options;
-    CLI::App app("kivodeck: what an Abaqus deck means, and what KIVOm will hold of it", "kivodeck");
+    CLI::App app("kivodeck checks and flattens Abaqus decks, translates them, and audits the mesh", "kivodeck");
     app.set_version_flag("--version", std::string("kivodeck ") + KIVODECK_VERSION);
     app.require_subcommand(1);
     app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
-    CLI::App *check = app.add_subcommand("check", "what the translator will not hold of a deck");
-    CLI::App *flat = app.add_subcommand("flatten", "the same mesh as a plain deck");
-    CLI::App *run = app.add_subcommand("run", "any deck to a judged mesh.input");
-    CLI::App *audit = app.add_subcommand("audit", "a mesh.input judged");
-    CLI::App *explain = app.add_subcommand("explain", "what a finding means, and what to do");
+    CLI::App *check = app.add_subcommand("check", "report what KIVOm alone would lose of a deck");
+    CLI::App *flat = app.add_subcommand("flatten", "write the same mesh as a plain deck");
+    CLI::App *run = app.add_subcommand("run", "flatten, translate and audit any deck");
+    CLI::App *audit = app.add_subcommand("audit", "check a mesh.input");
+    CLI::App *explain = app.add_subcommand("explain", "describe a finding, a check or a measure");
     DescribeCheck(check, &options);
     DescribeFlatten(flat, &options);
     DescribeRun(run, &options);

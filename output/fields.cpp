@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -33,21 +34,33 @@ char *FourDigits(char *at, std::uint64_t number) {
     return FieldBytes(at, kDigits.zeros[number], 4);
 }
 
-char *EightDigits(char *at, std::uint64_t number) {
-    return FourDigits(FourDigits(at, number / 10000), number % 10000);
+template <int nDigits> char *ZeroFilledDigits(char *at, std::uint64_t number) {
+    if constexpr (nDigits > 4) {
+        constexpr std::uint64_t kLast = 10000;
+        at = ZeroFilledDigits<nDigits - 4>(at, number / kLast);
+        number %= kLast;
+    }
+    return FourDigits(at, number);
 }
 
-// "%*.*e" of the digits that were laid at `first` + 1: their first moves one place to the left, and the point comes
-// between.
-char *FinishScientific(char *first, int nDigits, bool negative, int exponent) {
-    first[-1] = negative ? '-' : ' ';
-    first[0] = first[1];
+// "%*.*e" with nDigits digits, a multiple of four: sign, digit, point, the other digits, and an exponent of two digits.
+template <int nDigits, int kWidth> char *FieldReal(char *at, double value) {
+    constexpr int kBlanks = kWidth - (1 + 1 + nDigits + 4);
+    ScaledReal scaled;
+    if (!ScaleReal(value, &scaled)) {
+        return FieldScientific(at, value, nDigits - 1, kWidth);
+    }
+    const Digits digits = RoundedToDigits<nDigits>(scaled);
+    std::memset(at, ' ', kBlanks);
+    char *sign = at + kBlanks;
+    *sign = std::signbit(value) ? '-' : ' ';
+    char *first = sign + 1;
+    char *e = ZeroFilledDigits<nDigits>(first + 1, digits.number);
+    first[0] = first[1]; // the point comes between it and the others
     first[1] = '.';
-    char *at = first + 1 + nDigits;
-    at[0] = 'e';
-    at[1] = exponent < 0 ? '-' : '+';
-    std::memcpy(at + 2, kDigits.zeros[exponent < 0 ? -exponent : exponent] + 2, 2);
-    return at + 4;
+    e[0] = 'e';
+    e[1] = digits.exponent < 0 ? '-' : '+';
+    return FieldBytes(e + 2, kDigits.zeros[std::abs(digits.exponent)] + 2, 2);
 }
 
 } // namespace
@@ -59,25 +72,9 @@ char *FieldWide(char *at, int value, int width) {
 }
 
 char *FieldReal24(char *at, double value) {
-    constexpr int kDigitsOf24 = 16;
-    ScaledReal scaled;
-    if (!ScaleReal(value, &scaled)) {
-        return FieldScientific(at, value, kDigitsOf24 - 1, 24);
-    }
-    const Digits digits = RoundedToDigits<kDigitsOf24>(scaled);
-    char *first = FieldBytes(at, "   ", 3);
-    EightDigits(EightDigits(first + 1, digits.number / 100000000), digits.number % 100000000);
-    return FinishScientific(first, kDigitsOf24, std::signbit(value), digits.exponent);
+    return FieldReal<16, 24>(at, value);
 }
 
 char *FieldReal15(char *at, double value) {
-    constexpr int kDigitsOf15 = 8;
-    ScaledReal scaled;
-    if (!ScaleReal(value, &scaled)) {
-        return FieldScientific(at, value, kDigitsOf15 - 1, 15);
-    }
-    const Digits digits = RoundedToDigits<kDigitsOf15>(scaled);
-    char *first = FieldBytes(at, "  ", 2);
-    EightDigits(first + 1, digits.number);
-    return FinishScientific(first, kDigitsOf15, std::signbit(value), digits.exponent);
+    return FieldReal<8, 15>(at, value);
 }

@@ -231,7 +231,7 @@ TEST(Groups, ComeFromElementLines) {
               "*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n");
     EXPECT_EQ(flat.findings,
               std::vector<std::string>{"14 divided-group: group PLATE has several sections: its elements "
-                                       "differ in material (flatten --groups=sections parts them)"});
+                                       "differ in material (flatten --groups=sections separates them)"});
 }
 
 TEST(Groups, ComeFromTheLastSectionWhenAskedFor) {

@@ -65,7 +65,8 @@ if(TARGET kivodeck)
     KIVOM_FINDINGS="${CMAKE_CURRENT_SOURCE_DIR}/findings" KIVODECK_VERSION="${PROJECT_VERSION}")
   add_dependencies(kivodeck_test kivodeck)
   kivom_test(kivodeck_files_test SLOW LINK nlohmann_json::nlohmann_json)
-  target_compile_definitions(kivodeck_files_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>")
+  target_compile_definitions(kivodeck_files_test PRIVATE KIVODECK_PROGRAM="$<TARGET_FILE:kivodeck>"
+    KIVODECK_SANITIZED=$<BOOL:${KIVOM_SANITIZE}>)
   add_dependencies(kivodeck_files_test kivodeck)
   kivom_test(kivodeck_audit_test LINK nlohmann_json::nlohmann_json)
   set(memory 2000000) # kilobytes

@@ -2,8 +2,8 @@
 """Runs what the pages of the documents show, and compares.
 
 Pages are the *.md files and the man pages *.1 of DIR, and every PAGE named besides. Each page is run in a scratch
-folder of its own, from its first fenced block to its last. In the folder lie "examples" and "tools" of the project
-(the folder above DIR); KIVOm and python3 are found as commands.
+folder of its own, from its first fenced block to its last. In the folder lies "examples" of the project (the folder
+above DIR); KIVOm, kivodeck, kivorender and python3 are found as commands.
 
     ```deck name=FILE                the block is written to FILE (```file name=FILE does the same for other texts)
     ```console                       lines with "$ " in front are commands for sh (a line that ends in "\\" goes on
@@ -15,14 +15,17 @@ In a man page the text between .EX and .EE is a console block; .EX lines without
 
 What is shown is compared line by line. A line "..." stands for any number of lines, none too. Dates and elapsed times
 are masked; blanks at the ends of lines do not count. A command that ends with another exit status than 0 is a failure,
-unless "$ echo $?" follows and shows it. Files that a page links to must be there. With --source, this holds for the
-other pages of the project too, and every message of the C++ sources must stand in the man page, which must not let one
-go on that ends.
+unless "$ echo $?" follows and shows it. Files and headings that a page links to must be there. With --source, this
+holds for the other pages of the project too; files of the project that a page names must be there; every message of the
+C++ sources must stand in the man page, which must not let one go on that ends; and README.md and the pages of DIR hold
+at most 9,000 words, without what is made from the table of findings.
 The last line printed is "N passed, M failed"; exit status 1 when M is not 0.
 """
 import argparse, glob, os, re, shlex, shutil, subprocess, sys, tempfile
 
 TIMEOUT = 60  # seconds for one block
+WORD_LIMIT = 9000
+TABLE = re.compile(r"^[^\n]*findings: made by.*?end of findings[^\n]*$", re.DOTALL | re.MULTILINE)
 MARK = "@@end of command@@"
 MASKS = ((re.compile(r"\b\d{2} [A-Z][a-z]+ \d{4} \d{2}:\d{2}:\d{2} [AP]M\b"), "<date>"),
          (re.compile(r"Elapsed Time: \d+\.\d{6} sec\."), "Elapsed Time: <t> sec."))
@@ -56,22 +59,59 @@ def difference(shown, real):
     return None if len(real) in reach else "(end of what is shown)"
 
 
+def prose(text):
+    """The lines of a page, those of its blocks empty."""
+    fenced, lines = False, []
+    for line in text.split("\n"):
+        fence = re.match(r" *```", line)
+        fenced ^= bool(fence)
+        lines.append("" if fence or fenced else line)
+    return lines
+
+
 def links_of_markdown(text):
-    """(line number, file) of every link and picture that leads to another file; what stands in blocks is none."""
-    fenced = False
-    for number, line in enumerate(text.split("\n"), 1):
-        if re.match(r" *```", line):
-            fenced = not fenced
-        elif not fenced:
-            for target in re.findall(r"\]\(([^)\s]+)\)", re.sub(r"`[^`]*`", "", line)):
-                if not re.match(r"[a-z]+:|#", target):
-                    yield number, target.split("#")[0]
+    """(line number, file, heading) of every link and picture within the project; what stands in blocks is none."""
+    without_code = re.sub(r"`[^`]*`", lambda code: "\n" * code.group().count("\n"), "\n".join(prose(text)))
+    for number, line in enumerate(without_code.split("\n"), 1):
+        for target in re.findall(r"\]\(([^)\s]+)\)", line):
+            if not re.match(r"[a-z]+:", target):
+                yield (number, *target.partition("#")[::2])
+
+
+def anchors(text):
+    """What links to the headings of a page are called."""
+    return {re.sub(r"[^\w\- ]", "", line.lstrip("# ").lower()).replace(" ", "-")
+            for line in prose(text) if line.startswith("#")}
 
 
 def check_links(path, failures):
-    for number, target in links_of_markdown(read(path)):
-        if not os.path.exists(os.path.join(os.path.dirname(path), target)):
+    for number, target, heading in links_of_markdown(read(path)):
+        file = os.path.join(os.path.dirname(path), target) if target else path
+        if not os.path.exists(file):
             failures.append("%s:%d: there is no file %s" % (path, number, target))
+        elif heading and heading not in anchors(read(file)):
+            failures.append("%s:%d: there is no heading %s" % (path, number, heading))
+
+
+def check_names(path, source, failures):
+    """Paths that begin with a folder of the project, and files of C++: are they there?"""
+    folders = "|".join(name for name in os.listdir(source)
+                       if os.path.isdir(os.path.join(source, name)) and not name.startswith((".", "build")))
+    sources = {os.path.basename(file) for file in glob.glob(os.path.join(source, "*", "*.*"))}
+    for number, line in enumerate(read(path).split("\n"), 1):
+        for name in re.findall(r"(?<![\w./-])(?:%s)/[\w./-]*\w" % folders, line):
+            if not glob.glob(os.path.join(source, name) + "*"):
+                failures.append("%s:%d: there is no %s" % (path, number, name))
+        for name in re.findall(r"\b\w+\.(?:cpp|h)\b", line):
+            if name not in sources:
+                failures.append("%s:%d: there is no %s" % (path, number, name))
+
+
+def check_words(paths, failures):
+    words = {path: len(TABLE.sub("", read(path)).split()) for path in paths if not path.endswith("findings.md")}
+    if sum(words.values()) > WORD_LIMIT:
+        failures.append("the pages have %d words, more than %d: %s" % (sum(words.values()), WORD_LIMIT, ", ".join(
+            "%s %d" % (os.path.basename(path), count) for path, count in words.items())))
 
 
 class Block:
@@ -166,9 +206,8 @@ class Page:
         for name, program in self.programs.items():
             os.symlink(program, os.path.join(commands, name))
         os.symlink(sys.executable, os.path.join(commands, "python3"))
-        for name in ("examples", "tools"):
-            if os.path.isdir(os.path.join(self.home, name)):
-                os.symlink(os.path.join(self.home, name), os.path.join(self.folder, name))
+        if os.path.isdir(os.path.join(self.home, "examples")):
+            os.symlink(os.path.join(self.home, "examples"), os.path.join(self.folder, "examples"))
         self.environment = dict(os.environ, PATH=commands + ":" + os.environ.get("PATH", ""), LC_ALL="C.UTF-8",
                                 PYTHONDONTWRITEBYTECODE="1")
 
@@ -237,12 +276,19 @@ def check_messages(source, man, failures):
     return passed
 
 
+def can_render():
+    """Whether what kivorender needs is installed."""
+    has_vtk = subprocess.run(["/usr/bin/python3", "-c", "import numpy, vtkmodules"], check=False, stderr=subprocess.DEVNULL)
+    return has_vtk.returncode == 0 and ("DISPLAY" in os.environ or shutil.which("xvfb-run"))
+
+
 def main():
     what, _, more = __doc__.partition("\n\n")
     parser = argparse.ArgumentParser(description=what, epilog=more,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True, metavar="PATH", help="the program that the pages call KIVOm")
     parser.add_argument("--second", metavar="PATH", help="the program that they call kivodeck")
+    parser.add_argument("--renderer", metavar="PATH", help="the program that they call kivorender, which needs VTK")
     parser.add_argument("--docs", required=True, metavar="DIR", help="the folder of the pages")
     parser.add_argument("--source", metavar="DIR", help="the project, to compare messages")
     parser.add_argument("pages", nargs="*", help="pages elsewhere")
@@ -251,6 +297,8 @@ def main():
     programs = {"KIVOm": os.path.abspath(given.program)}
     if given.second:
         programs["kivodeck"] = os.path.abspath(given.second)
+    if given.renderer and can_render():
+        programs["kivorender"] = os.path.abspath(given.renderer)
     paths = [os.path.join(docs, name) for name in sorted(os.listdir(docs)) if name.endswith((".md", ".1"))]
     passed, failures = 0, []
     for path in paths + [os.path.abspath(page) for page in given.pages]:
@@ -262,11 +310,16 @@ def main():
         for note in page.notes:
             print("note: " + note)
     if given.source:
+        source = os.path.abspath(given.source)
         done = paths + [os.path.abspath(page) for page in given.pages]
-        for pattern in ("*.md", "fuzz/*.md", "tests/*/*.md"):  # pages without anything to run
-            for path in sorted(glob.glob(os.path.join(os.path.abspath(given.source), pattern))):
-                if path not in done:
-                    check_links(path, failures)
+        others = {path for pattern in ("*.md", "*/*.md", "tests/*/*.md")
+                  for path in glob.glob(os.path.join(source, pattern))
+                  if not os.path.relpath(path, source).startswith("build")}
+        for path in sorted(others.difference(done)):  # pages without anything to run
+            check_links(path, failures)
+        for path in sorted(others.union(done).difference([os.path.join(source, "CHANGELOG.md")])):
+            check_names(path, source, failures)  # changes tell of files that are gone
+        check_words(paths + [os.path.join(source, "README.md")], failures)
         passed += check_messages(given.source, os.path.join(docs, "KIVOm.1"), failures)
     for failure in failures:
         print(failure)

@@ -20,6 +20,7 @@ class Pages(unittest.TestCase):
         os.mkdir(self.docs)
         self.program = os.path.join(self.scratch.name, "program")
         self.write(self.program, PROGRAM)
+        self.write(os.path.join(self.scratch.name, "README.md"), "Words.\n")
         os.chmod(self.program, os.stat(self.program).st_mode | stat.S_IXUSR)
 
     def write(self, path, text):
@@ -31,6 +32,13 @@ class Pages(unittest.TestCase):
         done = subprocess.run([sys.executable, "-B", RUN_DOCS, "--program", self.program, "--docs", self.docs, *more],
                               capture_output=True, text=True)
         return done.returncode, done.stdout.strip().split("\n")[-1], done.stdout
+
+    def source(self):
+        """The arguments for a project with the folders that --source reads."""
+        for folder in ("abaqus", "driver", "output", "store", "support", "translate", "tests/cases"):
+            os.makedirs(os.path.join(self.scratch.name, folder), exist_ok=True)
+        self.write(os.path.join(self.docs, "KIVOm.1"), ".SH NAME\n")
+        return ["--source", self.scratch.name]
 
     def good(self, text, passed, **more):
         status, last, out = self.run_page(text, **more)
@@ -94,18 +102,35 @@ class Pages(unittest.TestCase):
         self.bad("```console\n$ true\n```\n", "README.md", more=[extra])
 
     def test_links(self):
-        self.write(os.path.join(self.docs, "there.md"), "Words.\n")
-        there = "[a](there.md#part) ![b](../docs/there.md) [c](https://elsewhere.example/x) [d](#here) `[e](code.md)`\n"
-        self.good("```console\n$ true\n```\n" + there, 1)
-        self.bad("```console\n$ true\n```\n" + there + "[f](gone.md)\n", "page.md:5: there is no file gone.md")
+        run = "```console\n$ true\n```\n# Here\n"
+        self.write(os.path.join(self.docs, "there.md"), "## Part: a.b `C_`\n```text\n# Block\n```\n")
+        there = ("[a](there.md#part-ab-c_) ![b](../docs/there.md) [c](https://elsewhere.example/x) [d](#here) "
+                 "`[e](code.md)`, `a\n[e](code.md)`\n")
+        self.good(run + there, 1)
+        for link, reason in (("gone.md", "page.md:7: there is no file gone.md"),
+                             ("there.md#else", "page.md:7: there is no heading else"),
+                             ("there.md#block", "there is no heading block"), ("#there", "there is no heading there")):
+            self.bad(run + there + "[f](%s)\n" % link, reason)
         self.good("```console\n$ echo '[g](gone.md)'\n[g](gone.md)\n```\n", 1)  # what a block shows is no link
-        more = ["--source", self.scratch.name]
-        for folder in ("abaqus", "driver", "output", "store", "support", "translate", "tests/cases"):
-            os.makedirs(os.path.join(self.scratch.name, folder))
-        self.write(os.path.join(self.docs, "KIVOm.1"), ".SH NAME\n")
-        self.good("```console\n$ true\n```\n", 1, more=more)
+        more = self.source()
+        self.good(run, 1, more=more)
         self.write(os.path.join(self.scratch.name, "tests", "cases", "README.md"), "[h](none)\n")
-        self.bad("```console\n$ true\n```\n", "README.md:1: there is no file none", more=more)
+        self.bad(run, "README.md:1: there is no file none", more=more)
+
+    def test_names_of_files(self):
+        run, more = "```console\n$ true\n```\n", self.source()
+        self.write(os.path.join(self.scratch.name, "store", "sys.h"), "")
+        self.good(run + "sys.h `store/sys` (store/sys.h). build/x other/y.md tests/cases\n", 1, more=more)
+        self.bad(run + "`store/gone.h`\n", "page.md:4: there is no store/gone.h", more=more)
+        self.bad(run + "gone.cpp\n", "page.md:4: there is no gone.cpp", more=more)
+
+    def test_number_of_words(self):
+        run, more = "```console\n$ true\n```\n", self.source()  # 4 words, and 2 in KIVOm.1, and README.md's
+        made = "\n<!-- findings: made by a tool -->\n" + 9000 * "word " + "\n<!-- end of findings -->\n"
+        self.write(os.path.join(self.scratch.name, "README.md"), 4000 * "word\n")
+        self.write(os.path.join(self.docs, "findings.md"), 9000 * "word ")
+        self.good(run + 4994 * "word " + made, 1, more=more)
+        self.bad(run + 4995 * "word " + made, "the pages have 9001 words", more=more)
 
     def test_man_page(self):
         page = ".SH EXAMPLES\n.EX\n$ printf \\(aqx\\-a\\en\\(aq\nx\\-%s\n.EE\n.EX\nonly shown\n.EE\n"
@@ -113,18 +138,16 @@ class Pages(unittest.TestCase):
         self.bad(page % "b", "from: x-b", name="page.1")
 
     def test_messages_of_the_sources(self):
-        source = os.path.join(self.scratch.name, "source")
-        for folder in ("abaqus", "driver", "output", "store", "support", "translate"):
-            os.makedirs(os.path.join(source, folder))
+        more, source = self.source(), self.scratch.name
         self.write(os.path.join(source, "abaqus", "a.cpp"), r'std::printf("\n  Error> too many: %s.\n", name);')
         self.write(os.path.join(self.docs, "KIVOm.1"), ".B Error> too\nmany: things\n")
-        self.good("```console\n$ true\n```\n", 2, more=["--source", source])
+        self.good("```console\n$ true\n```\n", 2, more=more)
         self.write(os.path.join(self.docs, "KIVOm.1"), ".B Error> too few\n")
-        self.bad("```console\n$ true\n```\n", 'the message "Error> too many:" is missing', more=["--source", source])
+        self.bad("```console\n$ true\n```\n", 'the message "Error> too many:" is missing', more=more)
         self.write(os.path.join(source, "abaqus", "a.cpp"), r'std::printf("\n  Error> too few\n");')
-        self.good("```console\n$ true\n```\n", 2, more=["--source", source])
+        self.good("```console\n$ true\n```\n", 2, more=more)
         self.write(os.path.join(self.docs, "KIVOm.1"), ".B Error> too few: reason\n")
-        self.bad("```console\n$ true\n```\n", 'the message "Error> too few" is missing', more=["--source", source])
+        self.bad("```console\n$ true\n```\n", 'the message "Error> too few" is missing', more=more)
 
 
 if __name__ == "__main__":

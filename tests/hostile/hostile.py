@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Runs the program on decks that are made to hurt it.
 
-    hostile.py --program PATH --work DIR [--check] [--size BYTES] [--only NAME] [--verbose]
+    hostile.py --program PATH --work DIR [--check] [--size BYTES] [--only NAME] [--part I/N] [--verbose]
 
 Each deck is made twice, once as large as asked for and once eight times as large. A run must end with status 0,
 leave a whole "mesh.input" and the summary that the deck's making foretells. Eight times the work may take eight
@@ -9,7 +9,7 @@ times the processor time and a margin for the logarithm; work is what is read an
 decks make a log or files that outgrow them. Memory must stay in proportion to the deck.
 
 With --check the program is kivodeck, and each deck, of some kinds more, is checked: the status is 0 or 1, or 2
-where a file is missing, the report one whole object.
+where a file is missing, the report one whole object. With --part every N-th kind of deck is tried, from the I-th on.
 """
 import argparse, itertools, json, mmap, os, random, re, resource, shutil, sys
 
@@ -476,6 +476,7 @@ def main():
     parser.add_argument("--size", type=int, default=DEFAULT_SIZE)
     parser.add_argument("--check", action="store_true", help="the program is kivodeck")
     parser.add_argument("--only", choices=[*DECKS, *CHECKED])
+    parser.add_argument("--part", default="1/1", type=lambda text: [int(number) for number in text.split("/")])
     parser.add_argument("--verbose", action="store_true")
     given = parser.parse_args()
     with open(given.program, "rb") as file:
@@ -483,7 +484,9 @@ def main():
     if not bounded:
         print("sanitizers are built in: time and memory are not bounded")
     failures, worst = 0, (0.0, "")
-    for name in [given.only] if given.only else [*DECKS, *(CHECKED if given.check else ())]:
+    names = [given.only] if given.only else [*DECKS, *(CHECKED if given.check else ())]
+    part, parts = given.part
+    for name in names[part - 1::parts]:
         small, found = run_deck(name, given.size, given.program, given.work, bounded, given.check)
         large, more = run_deck(name, given.size * FACTOR, given.program, given.work, bounded, given.check)
         found += more + (compare_runs(small, large) if bounded else [])
