@@ -411,6 +411,8 @@ const std::vector<Damage> kDamages{
     m.cells = {}; m.faces = {}; return {kMesh, 0}; }},
 {"a cell with the node behind the last", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, NumNodes(m)); }},
 {"a cell with node -1", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, -1); }},
+{"a cell with node -1, and another longest edge of its group", kAny, {Check::indices, Check::lengths}, [](Mesh &m) {
+    m.cellGroups[1].lengths.longestEdge *= 1.01; return SetNode(m, -1); }},
 {"a cell with node -5", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, -5); }},
 {"a cell with the largest number for a node", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, 2147483647); }},
 {"a cell with a face and a node of that face less", kLinear, {Check::indices}, [](Mesh &m) -> Named {

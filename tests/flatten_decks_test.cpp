@@ -219,6 +219,28 @@ TEST(Flatten, NamesThatTheTranslatorWouldChangeAreReplaced) {
         << third;
 }
 
+TEST(Flatten, NamesMayBeLongNumbersOrHoldATab) {
+    const std::string longName(300, 'A');
+    const Outcome flat = Flat(kPlate + "*Nset, nset=" + longName + "1\n1\n*Nset, nset=" + longName +
+                                  "2\n2\n*Nset, nset=\"a\tb\"\n3\n*Elset, elset=12\n1\n",
+                              {{}, true, false});
+    const std::string kept = longName.substr(0, 248);
+    EXPECT_NE(flat.text.find("nset=" + kept + "\n1\n*Nset, nset=" + kept + "~2\n2\n"), std::string::npos) << flat;
+    EXPECT_NE(flat.map.find("nset\t\ta b\tA_B\n"), std::string::npos) << flat;
+    EXPECT_EQ(flat.Section("*Elset, elset=_12"), "*Elset, elset=_12\n1\n"); // on a row of a surface it is no element
+}
+
+TEST(Flatten, RowsOfSetsHaveSixteenMembers) {
+    std::string nodes = "*Node\n";
+    std::string numbers;
+    for (int i = 5; i <= 21; ++i) {
+        nodes += std::to_string(i) + ", 9., 9.\n";
+        numbers += std::to_string(i) + (i < 20 ? ", " : "\n");
+    }
+    EXPECT_EQ(Flat(kPlate + nodes + "*Nset, nset=A, generate\n5, 21, 1\n").Section("*Nset, nset=A"),
+              "*Nset, nset=A\n" + numbers);
+}
+
 // Groups ---------------------------------------------------------------------------------------------------
 
 const std::string kTwoMaterials = kPlate +
@@ -402,9 +424,11 @@ TEST(Skins, OfHexahedraAreCutLikeThem) {
 TEST(NoCells, AreToldByWhatTheyCarry) {
     EXPECT_TRUE(Flat(kTet + "*Element, type=B31, elset=Edge\n11, 1, 2\n")
                     .Has("9 lines-on-edges: 1 element of type B31 lies on an edge of a cell: it is passed over"));
-    for (const std::string line : {"11, 1, 5, 2\n", "11, 1, 2, 5\n"}) { // the middle node stands between or last
-        EXPECT_TRUE(Flat(kTet + "*Node\n5, 0.5, 0., 0.\n*Element, type=B32, elset=Edge\n" + line)
-                        .Has("11 lines-on-edges: 1 element of type B32 lies on an edge of a cell: it is passed over"));
+    const std::string curved = kTet + "*Node\n5, 0.5, 0., 0.\n*Element, type=B32, elset=Edge\n";
+    for (const std::string &deck :
+         {curved + "11, 1, 5, 2\n", curved + "11, 1, 2, 5\n"}) { // the middle one between, last
+        EXPECT_TRUE(
+            Flat(deck).Has("11 lines-on-edges: 1 element of type B32 lies on an edge of a cell: it is passed over"));
     }
     EXPECT_TRUE(Flat(kTet + "*Element, type=MASS, elset=Edge\n11, 1\n")
                     .Has("8 no-cell: 1 element of type MASS is passed over: it is no cell"));
@@ -419,6 +443,10 @@ TEST(NoCells, OutOfThePlaneAreAnError) {
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.findings.size(), 1u) << flat;
     EXPECT_EQ(flat.findings.at(0).substr(0, 14), "8 out-of-plane") << flat;
+    // The plane is that of a mesh as small as this one.
+    EXPECT_FALSE(
+        Flat("*Node\n1, 0., 0., 0.\n2, 1e-3, 0., 0.\n3, 1e-3, 1e-3, 1e-10\n*Element, type=S3, elset=A\n1, 1, 2, 3\n")
+            .made);
 }
 
 // Splitting ------------------------------------------------------------------------------------------------

@@ -266,6 +266,15 @@ TEST_F(Audit, IsTheEndOfARun) {
               json::parse(R"({"ok": false, "failed": ["groups"]})"));
 }
 
+// Two tetrahedra that hang together by one node.
+TEST_F(Audit, OfASolidNamesPlacesInSpace) {
+    Write("*Node\n1, 1., 2., 3.\n2, 2., 2., 3.\n3, 1., 3., 3.\n4, 1., 2., 4.\n5, 0., 2., 3.\n6, 1., 1., 3.\n"
+          "7, 1., 2., 2.\n*Element, type=C3D4, elset=A\n1, 1, 2, 3, 4\n2, 1, 5, 7, 6\n",
+          "deck.inp");
+    EXPECT_EQ(Run("run deck.inp").status, 1);
+    EXPECT_NE(Run("audit").out.find("\n    node 0 at (1, 2, 3)\n"), std::string::npos) << Run("audit").out;
+}
+
 // Files that are no meshes ----------------------------------------------------------------------------
 
 std::string Failure(const Outcome &run) {
