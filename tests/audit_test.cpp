@@ -716,6 +716,24 @@ TEST(Surfaces, CountTheEdgesThatMoreThanTwoFacesHave) {
     EXPECT_EQ(surface.overusedEdges, 1);
 }
 
+// Two sides of the last triangle have another one on the same side: it is one place.
+TEST(SharedFaces, NameACellOnce) {
+    const audit::Verdict verdict =
+        JudgeDeck({{0, 0, 0}, {2, 0, 0}, {1, 2, 0}, {1, 3, 0}, {0, 1, 0}}, {{0, 1, 3}, {1, 2, 4}, {0, 1, 2}});
+    ASSERT_EQ(verdict.Of(Check::sharedFaces).places.size(), 1u);
+    EXPECT_EQ(verdict.Of(Check::sharedFaces).places[0].index, 2);
+}
+
+// A hexagon of six triangles, torn open on either side of its middle, where the boundary then touches itself.
+TEST(Boundary, IsNotJudgedBesideCoincidentNodes) {
+    std::vector<At> points{{0, 0, 0}};
+    for (const int corner : {0, 1, 2, 3, 4, 5, 0, 3}) {
+        points.push_back({std::cos(corner * std::acos(0.5)), std::sin(corner * std::acos(0.5)), 0});
+    }
+    EXPECT_EQ(FailedOf(JudgeDeck(points, {{0, 7, 2}, {0, 2, 3}, {0, 3, 4}, {0, 8, 5}, {0, 5, 6}, {0, 6, 1}})),
+              std::set<Check>{Check::coincidentNodes});
+}
+
 TEST(Places, OfTheWorstComeFirst) {
     Mesh mesh = Translated(
         SmallDeck({{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {3, 0, 0}, {4, 0, 0}, {3, 1, 0}}, {{0, 1, 2}, {3, 4, 5}}, {}));

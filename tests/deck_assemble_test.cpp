@@ -157,6 +157,11 @@ TEST(Instances, AreShiftedThenTurned) {
     EXPECT_TRUE(r.deck.instances[0].moved);
     EXPECT_TRUE(r.deck.instances[0].turned);
     EXPECT_EQ(r.Findings(), Found{});
+    const auto beside =
+        Read(kPart + "*ASSEMBLY, NAME=A\n*INSTANCE, NAME=I, PART=P\n0., 0., 0.\n1., 0., 0., 1., 0., 1., "
+                     "180.\n*END INSTANCE\n*END ASSEMBLY\n");
+    EXPECT_EQ(beside.At(1), (Point{1, 0, 0})); // on the axis
+    EXPECT_EQ(beside.At(3), (Point{1, -1, 0}));
 }
 
 TEST(Instances, OfBlanksForCommas) {

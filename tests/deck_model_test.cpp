@@ -267,6 +267,16 @@ TEST(Generators, NfillTakesUnsortedSetsAsTheyAreAndMissingNodesAtTheOrigin) {
     EXPECT_EQ(r.Findings(), (Found{{Code::missingMember, 8}}));
 }
 
+// The order of OLD SET goes on into a new set only: here 11 comes before 12, as it stands beside 1.
+TEST(Generators, NcopySortsASetThatIsThere) {
+    const auto r = Read("*NODE\n1, 0., 0., 0.\n2, 1., 0., 0.\n3, 5., 5., 0.\n*NSET, NSET=OLD, UNSORTED\n2, 1\n"
+                        "*NSET, NSET=NEW, UNSORTED\n3\n*NCOPY, CHANGE NUMBER=10, OLD SET=OLD, SHIFT, NEW SET=NEW\n"
+                        "0., 10., 0.\n*NSET, NSET=A, UNSORTED\n3, 1, 2\n*NFILL\nA, NEW, 2, 5\n");
+    EXPECT_EQ(r.Findings(), Found{});
+    EXPECT_EQ(r.At(6), (Point{0, 5, 0}));
+    EXPECT_EQ(r.At(7), (Point{1, 5, 0}));
+}
+
 TEST(Generators, NcopyShiftsNodes) {
     const auto r =
         Read(NodesTo(3) + "*NSET, NSET=A\n1, 3\n*NCOPY, CHANGE NUMBER=100, OLD SET=A, SHIFT, NEW SET=B\n1., 2., 3.\n"

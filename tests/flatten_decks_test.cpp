@@ -339,6 +339,10 @@ TEST(Overlaps, AreDividedWithoutLoss) {
     const Outcome flat = Flat(kPlate + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2, 3\n", With(Overlaps::split));
     const std::string sets = "*Nset, nset=A\n1\n*Nset, nset=A+B\n2\n*Nset, nset=B\n3\n";
     EXPECT_NE(flat.text.find(sets), std::string::npos) << flat;
+    const Outcome parts = Flat(kPart + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2\n" + kTwice + "*End Assembly\n",
+                               {With(Overlaps::split).options, true, false});
+    EXPECT_NE(parts.map.find("nset\tI\tA\tI.A\n"), std::string::npos) << parts;
+    EXPECT_EQ(parts.map.find('+'), std::string::npos) << parts; // the deck has no set of that name
     const Outcome empty = Flat(kPlate + "*Nset, nset=None\n*Nset, nset=A\n1, 2\n", With(Overlaps::split));
     EXPECT_NE(empty.text.find("*Nset, nset=NONE\n*Nset, nset=A\n1, 2\n"), std::string::npos) << empty;
 }
@@ -391,6 +395,14 @@ TEST(Skins, OnNobodysFaceAreAnError) {
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.text, "");
     EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral beside solids is on nobody's face")) << flat;
+}
+
+TEST(Skins, OnNobodysFaceAreToldOfEachSection) {
+    const Outcome flat = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=S3, elset=Base\n11, 1, 2, 5\n"
+                                     "*Element, type=S3, elset=Side\n12, 1, 3, 5\n13, 2, 3, 5\n");
+    ASSERT_EQ(flat.findings.size(), 2u) << flat;
+    EXPECT_EQ(flat.findings[0].substr(0, 21), "11 stray-triangles: 1") << flat;
+    EXPECT_EQ(flat.findings[1].substr(0, 21), "13 stray-triangles: 2") << flat;
 }
 
 TEST(Skins, OfAPlaneMeshAreLines) {
@@ -446,6 +458,13 @@ TEST(NoCells, OutOfThePlaneAreAnError) {
     const Outcome small = Flat("*Node\n1, 0., 0., 0.\n2, 1e-3, 0., 0.\n3, 1e-3, 1e-3, 1e-10\n"
                                "*Element, type=S3, elset=A\n1, 1, 2, 3\n"); // it lies out by its own measure
     EXPECT_EQ(small.findings.at(0).substr(0, 14), "6 out-of-plane") << small;
+}
+
+TEST(NoCells, AloneMakeNoPlainDeck) {
+    const Outcome flat = Flat("*Node\n1, 0., 0., 0.\n*Element, type=MASS, elset=M\n1, 1\n");
+    EXPECT_FALSE(flat.made);
+    EXPECT_EQ(flat.text, "");
+    EXPECT_EQ(flat.findings.at(0).substr(0, 13), "0 empty-deck:") << flat;
 }
 
 // Splitting ------------------------------------------------------------------------------------------------
