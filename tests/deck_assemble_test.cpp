@@ -202,6 +202,11 @@ TEST(Instances, AloneNeedNoPrefixUnlessTheAssemblyHasTheName) {
     EXPECT_EQ(r.Nodes("I.N"), (Ints{1, 2, 3}));
     EXPECT_EQ(r.Nodes("N"), Ints{2});
     EXPECT_EQ(r.Faces("S"), Ints{11}); // another kind
+    r = Read(kPart + "*ASSEMBLY\n*INSTANCE, NAME=I.J, PART=P\n*END INSTANCE\n*NSET, NSET=M\nI.J.2, I.J.N\n"
+                     "*NSET, NSET=O\nI.J.3\n*END ASSEMBLY\n");
+    EXPECT_EQ(r.Nodes("M"), (Ints{1, 2, 3}));
+    EXPECT_EQ(r.Nodes("O"), Ints{3});
+    EXPECT_EQ(r.Findings(), Found{});
 }
 
 TEST(Instances, KeepALeadingCInFrontAndMakeNone) {
@@ -363,6 +368,10 @@ TEST(Surfaces, ThatHoldNothingForCertainAreSaid) {
                                    {Code::missingMember, 19},
                                    {Code::missingMember, 14},
                                    {Code::setCycle, 13}}));
+    const auto cut = Read(kTwoTets + "*SURFACE, NAME=A, TYPE=ELE\n1, S2\n*SURFACE, NAME=B, TYPE=EL\n1, S2\n");
+    EXPECT_EQ(cut.Faces("A"), Ints{12});
+    EXPECT_TRUE(cut.mesh.surfaces[1].refused);
+    EXPECT_EQ(cut.Findings(), (Found{{Code::notMesh, 13}}));
 }
 
 // Groups -----------------------------------------------------------------------------------------------------

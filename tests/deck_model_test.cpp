@@ -164,6 +164,13 @@ TEST(ElementRows, MayBeSpelledInManyWays) {
     EXPECT_EQ(r.Findings(), Found{});
 }
 
+TEST(ElementRows, MayEndOnALineThatIsSpelledOddly) {
+    const auto r = Read(NodesTo(4) + "*ELEMENT, TYPE=C3D4\n1, 1, 2,\n3., 4.\n2, 1, 2, 4, 3\n");
+    EXPECT_EQ(r.Connectivity(1), (Ints{1, 2, 3, 4}));
+    EXPECT_EQ(r.Connectivity(2), (Ints{1, 2, 4, 3}));
+    EXPECT_EQ(r.Findings(), Found{});
+}
+
 TEST(ElementRows, DefinedTwiceCountAsTheyStandLast) {
     const auto r =
         Read("*NODE, NSET=N\n1, 1., 0., 0.\n2, 2., 0., 0.\n3, 3., 0., 0.\n4, 4., 0., 0.\n*NODE\n1, 9., 0., 0.\n"

@@ -181,6 +181,15 @@ TEST(Flatten, OffsetsAreAboveElementsToo) {
         << flat;
 }
 
+// Offsets that are multiples of a thousand million leave no room below it.
+TEST(Flatten, OffsetsAreFinerWhereNumbersWouldRunOut) {
+    std::string part = kPart;
+    part.insert(part.find("*Element"), "400000000, 9., 9.\n");
+    const Outcome flat = Flat(part + kTwice + "*End Assembly\n");
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_NE(flat.text.find("\n400000001, 5, 0\n"), std::string::npos) << flat;
+}
+
 TEST(Flatten, OneInstanceAndItsAssemblyKeepTheirNumbers) {
     const Outcome flat = Flat(kPart + "*End Part\n*Assembly, name=A\n*Instance, name=I, part=P\n*End Instance\n"
                                       "*Node\n9, 5., 5.\n*Nset, nset=Ref\n9\n*End Assembly\n",
