@@ -136,6 +136,7 @@ enum class Code : unsigned char {
     elementRedefined,
     surfacesUnited,
     splitFails,
+    isSplit,
     splitSaved,
     strayTriangles,
     mixedOrders,

@@ -72,6 +72,19 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs ${CMAKE_SOURCE_DIR}/examples DESTINAT
   PATTERN "__pycache__" EXCLUDE
   PATTERN "how-it-works.md" EXCLUDE) # for those who have the source
 
+# What the last install put in place, DESTDIR included. CMake's own list will not do: cpack replaces it by the list of
+# what it puts into its folder of packages in the making.
+set(KIVOM_INSTALLED ${CMAKE_BINARY_DIR}/installed.txt)
+install(CODE "
+  set(root \"\$ENV{DESTDIR}\")
+  if(root)
+    get_filename_component(root \"\${root}\" ABSOLUTE)
+  endif()
+  if(NOT \"\${root}\${CMAKE_INSTALL_PREFIX}/\" MATCHES \"/_CPack_Packages/\")
+    list(TRANSFORM CMAKE_INSTALL_MANIFEST_FILES PREPEND \"\${root}\" OUTPUT_VARIABLE installed)
+    list(JOIN installed \"\\n\" installed)
+    file(WRITE \"${KIVOM_INSTALLED}\" \"\${installed}\\n\")
+  endif()" ALL_COMPONENTS)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/uninstall.cmake.in ${CMAKE_BINARY_DIR}/uninstall.cmake @ONLY)
 add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${CMAKE_BINARY_DIR}/uninstall.cmake)
 
@@ -86,15 +99,15 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT ${KIVOM_PACKAGE_CONTACT})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "translator from Abaqus input decks to the KIVO solver's mesh file")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"KIVOm reads nodes, triangles, tetrahedra, sets and surfaces of an Abaqus
-input deck, turns elements that are listed the wrong way round, gives the
-elements of \"C_\" groups nodes of their own, and writes the mesh file of the
-KIVO solver. On request it writes the mesh as VTK files, too.
+"KIVOm translates nodes, triangles, tetrahedra, sets and surfaces of an Abaqus
+input deck into the mesh file of the KIVO solver. It corrects the orientation
+of elements, gives the elements of groups whose names start with \"C_\" nodes
+of their own, and can also write the mesh as VTK files.
 .
-kivodeck tells of any deck what the translator will not hold, writes it as a
-deck that the translator takes whole, and judges the mesh that comes of it.
+kivodeck reports what the translator would lose, rewrites any deck as a plain
+one that is translated completely, and checks the mesh.
 .
-kivorender draws the VTK files as a picture. It needs python3-vtk9,
+kivorender draws the mesh as a PNG picture. It needs python3-vtk9,
 python3-numpy and, where there is no screen, xvfb and xauth.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -103,8 +116,10 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Nothing of it is needed to translate and to judge meshes, and python3-vtk9 brings half a gigabyte along.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, python3-vtk9, python3-numpy, xvfb, xauth, paraview")
+# With Python kivorender can say what else it needs. The rest is for pictures only, and python3-vtk9 brings half a
+# gigabyte along.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS python3)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3-vtk9, python3-numpy, xvfb, xauth, paraview")
 if(KIVOM_STATIC)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF) # it brings its libraries along
 else()

@@ -5,6 +5,7 @@
 #include "deck/measure.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 namespace flatten {
@@ -25,13 +26,20 @@ Measure MeasureOf(const Plain &plain, const int *corners, int dimension) {
     return deck::MeasureOf(plain.x, plain.y, plain.z, corners, dimension);
 }
 
+// Elements of one type that were split.
+struct SplitType {
+    const ElementRun *first = nullptr;
+    long long nElements = 0, nCells = 0;
+};
+
 // What was made so far, with the counts of what is told in the end.
 struct Splitting {
-    Making *m;
+    Making *m = nullptr;
     std::vector<Diagonal> diagonals; // wanted, some of them several times
     long long nFailed = 0, nSaved = 0;
     int firstFailed = -1, firstSmall = -1;
     long long nSmall = 0;
+    std::map<int, SplitType> types; // by type
 };
 
 // What is wrong with the pieces; null where nothing is. Flat pieces of elements that repeat nodes are taken out.
@@ -214,12 +222,31 @@ void KeepRun(Making *m, const ElementRun &run) {
 void SplitRun(Splitting *s, const ElementRun &run) {
     const Shape shape = s->m->TypeOf(run).shape;
     const Edges edges(shape);
+    SplitType &split = s->types[run.type];
+    split.first = split.first == nullptr ? &run : split.first;
     for (std::size_t r = 0; r < run.count; ++r) {
         const std::size_t e = run.first + r;
         s->m->firstCell[e] = static_cast<int>(s->m->plain.cellFirst.size()) - 1;
         if (s->m->role[e] == Role::cell) {
+            const std::size_t before = s->m->plain.cellFirst.size();
             SplitElement(s, edges, shape, static_cast<int>(e),
                          s->m->mesh.nodes.data() + run.firstNode + r * static_cast<std::size_t>(run.width));
+            const std::size_t made = s->m->plain.cellFirst.size() - before;
+            split.nElements += made > 0 ? 1 : 0;
+            split.nCells += static_cast<long long>(made);
+        }
+    }
+}
+
+void TellSplit(const Splitting &s) {
+    const bool solid = s.m->mesh.dimension == 3;
+    for (const auto &[type, split] : s.types) {
+        if (split.nElements > 0) {
+            const char *pieces =
+                split.nCells == 1 ? (solid ? " tetrahedron" : " triangle") : (solid ? " tetrahedra" : " triangles");
+            s.m->Find(Code::isSplit, s.m->PlaceOfParameter(*split.first, "TYPE"),
+                      {s.m->deck.types[static_cast<std::size_t>(type)].name, std::to_string(split.nCells) + pieces},
+                      split.nElements);
         }
     }
 }
@@ -332,7 +359,8 @@ std::uint64_t KeyOfEnds(int a, int b) {
 }
 
 std::vector<Diagonal> MakeCells(Making *m) {
-    Splitting splitting{m, {}};
+    Splitting splitting{};
+    splitting.m = m;
     m->firstCell.assign(m->mesh.elementNumber.size() + 1, 0);
     for (const ElementRun &run : m->mesh.elementRuns) {
         if (m->TypeOf(run).kind == TypeClass::split) {
@@ -343,6 +371,7 @@ std::vector<Diagonal> MakeCells(Making *m) {
     }
     m->firstCell.back() = static_cast<int>(m->plain.cellFirst.size()) - 1;
     m->plain.cellNumber.assign(m->plain.cellFirst.size() - 1, 0);
+    TellSplit(splitting);
     if (splitting.nFailed > 0) {
         m->Find(Code::splitSaved, m->PlaceOf(splitting.firstFailed), {std::to_string(splitting.nFailed)},
                 splitting.nSaved);

@@ -18,12 +18,14 @@ enum class Code {
     edgeLines,      // type: lines along edges of cells in three dimensions
     refusedSplit,   // type: elements that would have to be split, and are not to be
     splitFails,     // element number, what is wrong with its pieces, what another diagonal would do
+    isSplit,        // type, cells: elements that were cut into them
     splitSaved,     // elements that fail: count of those that another diagonal would save
     strayTriangles, // triangles beside solids that are nobody's face
     outOfPlane,     // elements of a plane mesh that leave the plane
     tooSmall,       // elements that are too small for the translator
     flat,           // elements without volume or area
     dividedGroup,   // group: sections of several materials
+    cutLoose,       // group: its name makes the translator give each of its cells nodes of its own
     mixedOrders,    // group, its second name: elements of both orders
     skinSurface,    // group, surface: its triangles lie on faces of solids
     skinKnown,      // group, surface: its triangles are the faces of a surface that the deck has

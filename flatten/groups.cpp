@@ -30,12 +30,19 @@ struct Group {
 
 using SetIndex = std::map<std::pair<int, std::string>, int>; // by placed part and name
 
+// A section that the translator will cut loose.
+struct Loose {
+    std::size_t section;
+    deck::Place place;
+};
+
 struct Grouping {
     Making *m;
     std::vector<Group> groups;
     std::vector<long long> setCells; // of each element set: elements that are cells
     std::vector<char> own;           // it has a section of its own
     std::vector<char> listed;        // it is written as a set
+    std::vector<Loose> loose;
     Names names;
 };
 
@@ -285,6 +292,9 @@ int SectionFor(Grouping *g, std::vector<Orders> *orders, const ElementRun &run, 
             }
             name = other;
         }
+        if (BeginsWith(name, "C_")) {
+            g->loose.push_back({static_cast<std::size_t>(made.section[second]), m->PlaceOfParameter(run, "ELSET")});
+        }
         m->plain.sections.push_back({name, TypeFor(*m, run.type), {}});
     }
     return made.section[second];
@@ -346,8 +356,19 @@ void FillSections(Grouping *g) {
     }
 }
 
-// A set that holds nothing but skins is no set of cells any more: it may be the surface that they make.
+void TellLoose(const Grouping &g) {
+    for (const Loose &loose : g.loose) {
+        const CellSection &section = g.m->plain.sections[loose.section];
+        g.m->Find(Code::cutLoose, loose.place, {section.name}, static_cast<long long>(section.cells.size()));
+    }
+}
+
+// A set that holds nothing but skins is no set of cells any more: it may be the surface that they make. Where sets make
+// the groups their names are in those of the surfaces.
 void TellSetOfSkins(const Grouping &g, const MeshSet &set, int index) {
+    if (g.m->options.groups == Groups::sets) {
+        return;
+    }
     const auto isSkinOfOther = [&](int element) {
         const auto e = static_cast<std::size_t>(element);
         return g.m->role[e] == Role::skin && g.groups[static_cast<std::size_t>(g.m->group[e])].set != index;
@@ -395,7 +416,7 @@ void AddSets(const Grouping &g) {
 } // namespace
 
 void MakeGroups(Making *m) {
-    Grouping g{m, {}, {}, {}, {}, {}};
+    Grouping g{m, {}, {}, {}, {}, {}, {}};
     for (const MeshSet &set : m->mesh.elementSets) {
         g.own.push_back(HasOwnSection(*m, set, false) ? 1 : 0);
     }
@@ -410,6 +431,7 @@ void MakeGroups(Making *m) {
     CountCells(&g);
     GiveNames(&g);
     FillSections(&g);
+    TellLoose(g);
     AddSets(g);
 }
 

@@ -54,6 +54,14 @@ struct Making {
     deck::Place PlaceOf(int element) const {
         return PlaceOfElement(deck, mesh, element);
     }
+    // On the run's keyword line.
+    deck::Place PlaceOfParameter(const deck::ElementRun &run, const char *word) const {
+        const deck::ElementSection &section =
+            deck.scopes[static_cast<std::size_t>(run.scope)].elements.sections[static_cast<std::size_t>(run.section)];
+        const deck::Card &card = deck.cards[static_cast<std::size_t>(section.card)];
+        const deck::Parameter *parameter = FindParameter(card, word);
+        return parameter == nullptr ? card.place : deck::Place{card.place.file, parameter->line, parameter->column};
+    }
     const std::string &InstanceOf(int placed) const {
         return mesh.placed[static_cast<std::size_t>(placed)].name;
     }

@@ -12,11 +12,7 @@ using deck::ElementRun;
 using deck::TypeClass;
 
 deck::Place PlaceOfType(const Making &m, const ElementRun &run) {
-    const deck::ElementSection &section =
-        m.deck.scopes[static_cast<std::size_t>(run.scope)].elements.sections[static_cast<std::size_t>(run.section)];
-    const deck::Card &card = m.deck.cards[static_cast<std::size_t>(section.card)];
-    const deck::Parameter *type = FindParameter(card, "TYPE");
-    return type == nullptr ? card.place : deck::Place{card.place.file, type->line, type->column};
+    return m.PlaceOfParameter(run, "TYPE");
 }
 
 Role RoleOfRun(Making *m, const ElementRun &run) {

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace kivodeck {
 
@@ -63,6 +65,28 @@ bool WriteFile(const std::string &path, const std::string &text) {
     return written && closed;
 }
 
+// Why the file of what fails cannot be written, or "". Only an older one of its kind is written over.
+std::string WhyNotTo(const std::string &path, const std::string &mesh) {
+    constexpr char kBegin[] = "# vtk DataFile";
+    std::error_code error;
+    if (path.empty() || !std::filesystem::exists(path, error)) {
+        return "";
+    }
+    if (std::filesystem::equivalent(path, mesh, error)) {
+        return "is the mesh itself";
+    }
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return ""; // nothing in it to lose
+    }
+    char begin[sizeof kBegin] = {};
+    std::FILE *file = std::fopen(path.c_str(), "rb");
+    if (file != nullptr) {
+        begin[std::fread(begin, 1, sizeof kBegin - 1, file)] = '\0';
+        std::fclose(file);
+    }
+    return std::strcmp(begin, kBegin) == 0 ? "" : "is there already, and no VTK file";
+}
+
 // An empty file can be read, as what the translator leaves of no mesh at all; to a solver it is none.
 meshfile::Result ReadMesh(const std::string &path) {
     const Progress progress("kivodeck: reading " + path);
@@ -73,6 +97,14 @@ meshfile::Result ReadMesh(const std::string &path) {
     return result;
 }
 
+// Of a place that is a group.
+std::string NameOfGroup(const meshfile::Mesh &mesh, const audit::Place &place) {
+    const auto index = static_cast<std::size_t>(place.index);
+    return place.subject == audit::Subject::nodeGroup   ? mesh.nodeGroups[index].name
+           : place.subject == audit::Subject::faceGroup ? mesh.faceGroups[index].name
+                                                        : mesh.cellGroups[index].name;
+}
+
 } // namespace
 
 AuditRun RunAudit(const AuditOptions &options) {
@@ -81,6 +113,10 @@ AuditRun RunAudit(const AuditOptions &options) {
         if (!TakeLimit(limit, &limits)) {
             return Fail(options, "", "usage", {0, "--limit takes MEASURE=LEAST:MOST, not " + limit});
         }
+    }
+    const std::string whyNot = WhyNotTo(options.vtk, options.mesh);
+    if (!whyNot.empty()) {
+        return Fail(options, options.vtk, "usage", {0, whyNot});
     }
     const meshfile::Result result = ReadMesh(options.mesh);
     if (!result.Ok()) {
@@ -102,19 +138,25 @@ AuditRun RunAudit(const AuditOptions &options) {
     return run;
 }
 
-std::vector<std::string> FailedChecks(const std::string &path) {
+MeshInShort LookAtMesh(const std::string &path) {
     const meshfile::Result result = ReadMesh(path);
+    MeshInShort inShort;
     if (!result.Ok()) {
-        return {"unreadable"};
+        inShort.failed = {"unreadable"};
+        return inShort;
     }
-    const audit::Verdict verdict = audit::Judge(result.mesh);
-    std::vector<std::string> failed;
+    const meshfile::Mesh &mesh = result.mesh;
+    const audit::Verdict verdict = audit::Judge(mesh);
     for (int check = 0; check < audit::kChecks; ++check) {
         if (!verdict.Of(static_cast<audit::Check>(check)).Ok()) {
-            failed.emplace_back(audit::KindOf(static_cast<audit::Check>(check)).word);
+            inShort.failed.emplace_back(audit::KindOf(static_cast<audit::Check>(check)).word);
         }
     }
-    return failed;
+    for (const audit::Place &place : verdict.Of(audit::Check::groups).places) {
+        inShort.empty.emplace_back(place.subject, NameOfGroup(mesh, place));
+    }
+    inShort.counts = verdict.counts;
+    return inShort;
 }
 
 } // namespace kivodeck

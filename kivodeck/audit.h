@@ -5,6 +5,7 @@
 #include "audit/audit.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kivodeck {
@@ -25,8 +26,14 @@ struct AuditRun {
 
 AuditRun RunAudit(const AuditOptions &options);
 
-// The checks that a mesh file fails; "unreadable" where it is none.
-std::vector<std::string> FailedChecks(const std::string &path);
+// A mesh file in short.
+struct MeshInShort {
+    std::vector<std::string> failed; // checks; "unreadable" where it is no mesh file
+    audit::Counts counts;
+    std::vector<std::pair<audit::Subject, std::string>> empty; // groups without members: kind and name
+};
+
+MeshInShort LookAtMesh(const std::string &path);
 
 // Reports (auditreport.cpp) ------------------------------------------------------------------------------------------
 

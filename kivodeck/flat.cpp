@@ -23,11 +23,11 @@ constexpr const char *kBeside = ".part"; // behind the name of a file that is no
 
 // ORDER: flatten::Code.
 constexpr Code kFromFlatten[] = {
-    Code::cannotBeKept, Code::noCell,         Code::edgeLines,    Code::mustBeSplit,  Code::splitFails,
-    Code::splitSaved,   Code::strayTriangles, Code::outOfPlane,   Code::tooSmall,     Code::flat,
-    Code::dividedGroup, Code::mixedOrders,    Code::skinSurface,  Code::skinKnown,    Code::skinSet,
-    Code::facesLost,    Code::shellSide,      Code::overlapNodes, Code::overlapFaces, Code::overlapDivided,
-    Code::nameReplaced, Code::tooManyNumbers, Code::scaledTooFar,
+    Code::cannotBeKept, Code::noCell,         Code::edgeLines,      Code::mustBeSplit,    Code::splitFails,
+    Code::isSplit,      Code::splitSaved,     Code::strayTriangles, Code::outOfPlane,     Code::tooSmall,
+    Code::flat,         Code::dividedGroup,   Code::cutLoose,       Code::mixedOrders,    Code::skinSurface,
+    Code::skinKnown,    Code::skinSet,        Code::facesLost,      Code::shellSide,      Code::overlapNodes,
+    Code::overlapFaces, Code::overlapDivided, Code::nameReplaced,   Code::tooManyNumbers, Code::scaledTooFar,
 };
 static_assert(sizeof kFromFlatten / sizeof kFromFlatten[0] == flatten::kCodes, "each finding has a row");
 
@@ -207,6 +207,14 @@ FlatResult Flatten(const FlatJob &job) {
     const Leftover flat(beside.flat);
     const Leftover map(beside.map);
     FlatResult result = MakeFlat(beside);
+    for (const deck::File &file : result.report.files) {
+        for (const std::string &path : {job.flat, job.map}) {
+            if (result.made && !path.empty() && file.includedFrom >= 0 && IsSameFile(path, file.path)) {
+                result.failure = path + " is part of the deck";
+                result.made = false;
+            }
+        }
+    }
     for (const auto &[from, to] : {std::make_pair(beside.map, job.map), std::make_pair(beside.flat, job.flat)}) {
         if (result.made && !from.empty() && std::rename(from.c_str(), to.c_str()) != 0) {
             result.failure = to + " cannot be written: " + std::strerror(errno);

@@ -14,12 +14,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <new>
 #include <string>
 #include <vector>
@@ -133,6 +135,9 @@ std::string WhyNotTo(const std::string &path, bool force) {
 
 // Why the files that are asked for cannot be written, or "".
 std::string WhyNotTo(const kivodeck::FlatJob &job, bool force) {
+    if (!job.map.empty() && kivodeck::IsSameFile(job.map, job.deck)) {
+        return job.map + " is the deck itself";
+    }
     if (!job.map.empty() && kivodeck::IsSameFile(job.map, job.flat)) {
         return job.map + " cannot be the plain deck and its map";
     }
@@ -144,29 +149,30 @@ int StatusOf(const kivodeck::FlatResult &result, const std::string &failOn) {
     return result.failure.empty() ? StatusOf(result.report, failOn) : kFailed;
 }
 
-// The report of a plain deck made or not made, with further lines for text.
+// The report of a plain deck made or not made, with lines for text: before the verdict and behind it.
 int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const kivodeck::Files &files,
-              const std::string &lines, int status) {
+              const std::string &lines, const std::string &behind, int status) {
     if (!result.failure.empty()) {
         return Fail("unwritable", result.failure);
     }
     return Print(options.format == "text"
-                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}, lines)
+                     ? kivodeck::TextReport(result.report, {kivodeck::WantsColour(), options.all}, lines, behind)
                      : kivodeck::JsonReport(result.report, files),
                  status);
+}
+
+std::string Count(long long n, const char *what) {
+    return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
 }
 
 // What the plain deck holds, on one line.
 std::string FlatLine(const kivodeck::FlatResult &result, const std::string &flat) {
     const account::Summary &held = result.report.reading;
-    const auto count = [](long long n, const char *what) {
-        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
-    };
     const auto size = [](const std::vector<account::Count> &list) { return static_cast<long long>(list.size()); };
     return flat + ": " +
-           (result.made ? count(held.nodes, "node") + ", " + count(held.elements, "element") + ", " +
-                              count(size(held.cellGroups), "cell group") + ", " +
-                              count(size(held.nodeSets), "node set") + ", " + count(size(held.surfaces), "surface")
+           (result.made ? Count(held.nodes, "node") + ", " + Count(held.elements, "element") + ", " +
+                              Count(size(held.cellGroups), "cell group") + ", " +
+                              Count(size(held.nodeSets), "node set") + ", " + Count(size(held.surfaces), "surface")
                         : "not written") +
            "\n";
 }
@@ -183,7 +189,7 @@ int Flatten(const Options &options) {
     }
     const kivodeck::FlatResult result = FlattenWatched(options.flat);
     const kivodeck::Files files{result.made ? options.flat.flat : "", "", ""};
-    return PrintFlat(result, options, files, FlatLine(result, options.flat.flat), StatusOf(result, options.failOn));
+    return PrintFlat(result, options, files, FlatLine(result, options.flat.flat), "", StatusOf(result, options.failOn));
 }
 
 // The translator's own phases, with their log: on standard error where standard output holds JSON. Their exit status.
@@ -199,13 +205,50 @@ int Translate(const Options &options, std::string deck) {
     return status;
 }
 
-// What an audit says of the mesh, on one line.
-std::string AuditLine(const std::vector<std::string> &failed) {
-    std::string line = failed.empty() ? ": mesh ok" : ": fails";
-    for (const std::string &check : failed) {
-        line += (&check == &failed.front() ? " " : ", ") + check;
+// Whether the plain deck has a group of that kind and name without members: the mesh is then as it should be.
+bool IsEmptyInDeck(const account::Summary &reading, audit::Subject kind, const std::string &name) {
+    const std::vector<account::Count> &groups = kind == audit::Subject::nodeGroup   ? reading.nodeSets
+                                                : kind == audit::Subject::faceGroup ? reading.surfaces
+                                                                                    : reading.cellGroups;
+    return std::any_of(groups.begin(), groups.end(),
+                       [&name](const account::Count &group) { return group.name == name && group.count == 0; });
+}
+
+// The mesh of a run that came to its end. Groups that are empty in the plain deck, too, fail nothing: that is what the
+// deck means, or what its sets leave each other, and they are counted.
+kivodeck::MeshInShort JudgeMesh(const account::Summary &reading, kivodeck::Files *files) {
+    kivodeck::MeshInShort mesh = kivodeck::LookAtMesh(kMeshFile);
+    const bool known = std::all_of(mesh.empty.begin(), mesh.empty.end(), [&reading](const auto &group) {
+        return IsEmptyInDeck(reading, group.first, group.second);
+    });
+    if (known && !mesh.empty.empty()) {
+        mesh.failed.erase(std::find(mesh.failed.begin(), mesh.failed.end(), audit::KindOf(audit::Check::groups).word));
+        for (const auto &group : mesh.empty) {
+            files->emptyGroups.push_back(group.second);
+        }
     }
-    return kMeshFile + line + (failed.empty() ? "\n" : " (kivodeck audit)\n");
+    files->failedChecks = mesh.failed;
+    return mesh;
+}
+
+// What the mesh holds, and what an audit says of it.
+std::string MeshLine(const kivodeck::MeshInShort &mesh, std::size_t nEmpty) {
+    std::string line = std::string(kMeshFile) + ": " + Count(mesh.counts.nodes, "node") + ", " +
+                       Count(mesh.counts.faces, "face") + ", " + Count(mesh.counts.cells, "cell");
+    if (nEmpty > 0) {
+        line += ", " + Count(static_cast<long long>(nEmpty), "empty group");
+    }
+    line += mesh.failed.empty() ? ": mesh ok" : ": mesh fails";
+    for (const std::string &check : mesh.failed) {
+        line += (&check == &mesh.failed.front() ? " " : ", ") + check;
+    }
+    return line + (mesh.failed.empty() ? "\n" : " (kivodeck audit shows where)\n");
+}
+
+// An old mesh does not outlive a run that fails; a deck that is not there at all is a slip, and costs nothing.
+bool CanBeRead(const std::string &deck) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(deck, error) && std::ifstream(deck).good();
 }
 
 // Why `run` would take a file of the user's for its own, or "".
@@ -227,29 +270,31 @@ int RunAll(Options options) {
         return Fail("usage", whyNot);
     }
     kivodeck::Files files;
-    files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : ""; // an old one does not outlive a run that fails
-    if (files.removed.empty() && errno != ENOENT) {
-        return Fail("unwritable", std::string(kMeshFile) + " cannot be removed: " + std::strerror(errno));
+    if (CanBeRead(options.flat.deck)) {
+        files.removed = std::remove(kMeshFile) == 0 ? kMeshFile : "";
+        if (files.removed.empty() && errno != ENOENT) {
+            return Fail("unwritable", std::string(kMeshFile) + " cannot be removed: " + std::strerror(errno));
+        }
     }
-    std::string lines = files.removed.empty() ? "" : "an old mesh.input was removed\n";
     const kivodeck::Leftover plainDeck(options.keep ? "" : options.flat.flat);
     kivodeck::FlatResult result = FlattenWatched(options.flat);
     result.failure += result.failure.empty() || files.removed.empty() ? "" : "; an old mesh.input was removed";
-    int status = StatusOf(result, options.failOn);
-    lines += FlatLine(result, options.keep || !result.made ? kFlatBeside : "the plain deck");
-    if (result.made) {
-        const bool translated = Translate(options, options.flat.flat) == EXIT_SUCCESS;
-        status = translated ? status : kFailed;
-        files.mesh = translated ? kMeshFile : "";
-        files.plainDeck = options.keep ? kFlatBeside : "";
-        lines += std::string(kMeshFile) + (translated ? ": written\n" : ": not written whole\n");
-        if (translated) {
-            files.failedChecks = kivodeck::FailedChecks(kMeshFile);
-            lines += AuditLine(files.failedChecks);
-            status = files.failedChecks.empty() ? status : std::max(status, kFindings);
-        }
+    if (!result.made) {
+        return PrintFlat(result, options, files, "",
+                         std::string(kMeshFile) + ": not written" +
+                             (files.removed.empty() ? "\n" : "; an old one was removed\n"),
+                         StatusOf(result, options.failOn));
     }
-    return PrintFlat(result, options, files, lines, status);
+    const std::string lines = FlatLine(result, options.keep ? kFlatBeside : "the plain deck");
+    files.plainDeck = options.keep ? kFlatBeside : "";
+    if (Translate(options, options.flat.flat) != EXIT_SUCCESS) {
+        return PrintFlat(result, options, files, lines, std::string(kMeshFile) + ": not written whole\n", kFailed);
+    }
+    files.mesh = kMeshFile;
+    const kivodeck::MeshInShort mesh = JudgeMesh(result.report.reading, &files);
+    const int status = StatusOf(result, options.failOn);
+    return PrintFlat(result, options, files, lines, MeshLine(mesh, files.emptyGroups.size()),
+                     mesh.failed.empty() ? status : std::max(status, kFindings));
 }
 
 int Audit(const Options &options) {
@@ -290,7 +335,7 @@ void DescribeCheck(CLI::App *verb, Options *options) {
 // Zero leaves no mesh, and what is infinite or no number no coordinates.
 std::string IsFactor(const std::string &text) {
     const double factor = std::strtod(text.c_str(), nullptr);
-    return std::isfinite(factor) && factor != 0 ? "" : text + " is no factor";
+    return std::isfinite(factor) && factor != 0 ? "" : "the factor must be a finite number other than 0, not " + text;
 }
 
 void DescribeFlat(CLI::App *verb, Options *options) {
@@ -371,7 +416,7 @@ int Run(int argc, char **argv) {
     CLI::App app("kivodeck checks and flattens Abaqus decks, translates them, and audits the mesh", "kivodeck");
     app.set_version_flag("--version", std::string("kivodeck ") + KIVODECK_VERSION);
     app.require_subcommand(1);
-    app.footer("Exit status: 0 clean, 1 findings, 2 wrong usage or unreadable files.");
+    app.footer("Exit status: 0 fine, 1 findings (--fail-on) or failed checks, 2 could not run.");
     CLI::App *check = app.add_subcommand("check", "report what KIVOm alone would lose of a deck");
     CLI::App *flat = app.add_subcommand("flatten", "write the same mesh as a plain deck");
     CLI::App *run = app.add_subcommand("run", "flatten, translate and audit any deck");
@@ -383,7 +428,11 @@ int Run(int argc, char **argv) {
     DescribeAudit(audit, &options);
     DescribeExplain(explain, &options);
     if (argc > 1 && argv[1][0] != '-' && !IsCommand(app, argv[1])) {
-        return Fail("usage", std::string("there is no command ") + argv[1] + " (kivodeck --help lists them)");
+        std::error_code error;
+        const bool isFile = std::filesystem::exists(argv[1], error);
+        return Fail("usage",
+                    std::string("there is no command ") + argv[1] +
+                        (isFile ? std::string(" (kivodeck run ") + argv[1] + "?)" : " (kivodeck --help lists them)"));
     }
     try {
         app.parse(argc, argv);

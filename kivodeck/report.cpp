@@ -157,7 +157,8 @@ std::string Dump(const ordered_json &json) {
 
 } // namespace
 
-std::string TextReport(const Report &report, const TextStyle &style, const std::string &lines) {
+std::string TextReport(const Report &report, const TextStyle &style, const std::string &lines,
+                       const std::string &behind) {
     std::array<long long, account::kCodes> total{};
     std::array<long long, account::kCodes> shown{};
     for (const Finding &finding : report.findings) {
@@ -174,7 +175,7 @@ std::string TextReport(const Report &report, const TextStyle &style, const std::
         }
         ++shown[code];
     }
-    return text + OtherKeywords(report) + lines + Verdict(report) + "\n";
+    return text + OtherKeywords(report) + lines + Verdict(report) + "\n" + behind;
 }
 
 std::string JsonReport(const std::vector<Report> &reports) {
@@ -201,7 +202,8 @@ std::string JsonReport(const Report &report, const Files &files) {
     object["files"] = {
         {"plain_deck", name(files.plainDeck)}, {"mesh", name(files.mesh)}, {"removed", name(files.removed)}};
     if (!files.mesh.empty()) {
-        object["audit"] = {{"ok", files.failedChecks.empty()}, {"failed", files.failedChecks}};
+        object["audit"] = {
+            {"ok", files.failedChecks.empty()}, {"failed", files.failedChecks}, {"empty_groups", files.emptyGroups}};
     }
     return Dump(object);
 }

@@ -20,10 +20,13 @@ struct TextStyle {
 struct Files {
     std::string plainDeck, mesh, removed;
     std::vector<std::string> failedChecks = {}; // of the mesh, where there is one
+    std::vector<std::string> emptyGroups = {};  // of the mesh, as the plain deck has them
 };
 
-// The report of one deck: findings one a line, keywords outside the mesh, further lines, the verdict.
-std::string TextReport(const account::Report &report, const TextStyle &style, const std::string &lines = "");
+// The report of one deck: findings one a line, keywords outside the mesh, further lines, the verdict, what is said
+// behind it.
+std::string TextReport(const account::Report &report, const TextStyle &style, const std::string &lines = "",
+                       const std::string &behind = "");
 
 // One object: that of the deck, or for several decks {"schema_version", "decks": [...], "verdict"}.
 std::string JsonReport(const std::vector<account::Report> &reports);

@@ -307,7 +307,7 @@ TEST(Flatten, WritesThePlainDeckAndTheMap) {
     const Deck deck(kTwoQuads);
     const Outcome run = RunDeck("flatten " + deck.path() + " -o " + folder / "flat.inp" + " --map=" + folder / "map");
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean, 1 note");
     EXPECT_NE(run.out.find("flat.inp: 4 nodes, 2 elements, 1 cell group, 0 node sets, 0 surfaces\n"),
               std::string::npos);
     EXPECT_NE(folder.Read("flat.inp").find("*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n"),
@@ -377,7 +377,7 @@ TEST(Flatten, LeavesNothingBehindWhereAnErrorRemains) {
     const Outcome run = RunDeck("flatten --format=json " + deck.path() + " -o " + folder / "flat.inp");
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(json::parse(run.out)["files"]["plain_deck"], nullptr);
-    EXPECT_EQ(json::parse(run.out)["findings"][0]["code"], "misspelt");
+    EXPECT_EQ(json::parse(run.out)["findings"][1]["code"], "misspelt"); // behind the split on line 6
     EXPECT_EQ(folder.Files(), "");
     EXPECT_EQ(RunDeck("flatten --allow-loss " + deck.path() + " -o " + folder / "flat.inp").status, 1);
     EXPECT_EQ(folder.Files(), "flat.inp ");
@@ -406,7 +406,8 @@ TEST(Run, TranslatesThePlainDeckAndRemovesIt) {
     EXPECT_EQ(run.status, 0);
     const std::size_t log = run.out.find("Reading Elements PLATE ... done with 2 CPS3s.\n");
     EXPECT_LT(log, run.out.find("the plain deck: 4 nodes, 2 elements,"));
-    EXPECT_EQ(LastLine(run.out), deck.path() + ": clean");
+    EXPECT_EQ(LastLine(run.out), "mesh.input: 4 nodes, 0 faces, 2 cells: mesh ok");
+    EXPECT_NE(run.out.find("\n" + deck.path() + ": clean, 1 note\n"), std::string::npos);
     EXPECT_EQ(folder.Files(), "mesh.input ");
     EXPECT_EQ(folder.Run("--keep --vtk " + deck.path()).status, 0);
     EXPECT_EQ(folder.Files(), "_Cells.vtk mesh.flat.inp mesh.input ");
@@ -420,6 +421,25 @@ TEST(Run, LetsNoOldMeshOutliveAFailure) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(json::parse(run.out)["files"]["removed"], "mesh.input");
     EXPECT_EQ(folder.Files(), "");
+}
+
+TEST(Run, LeavesTheMeshWhereThereIsNoDeck) {
+    const Folder folder;
+    folder.Write("mesh.input", "old");
+    EXPECT_EQ(folder.RunVerb("run missing.inp").status, 2);
+    EXPECT_EQ(folder.Read("mesh.input"), "old");
+}
+
+TEST(Run, WritesOverNoPartOfTheDeck) {
+    const Folder folder;
+    folder.Write("rows.inc", "1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n");
+    folder.Write("deck.inp", "*Node\n*Include, input=rows.inc\n*Element, type=CPS3, elset=A\n1, 1, 2, 3\n");
+    EXPECT_EQ(folder.RunVerb("run --force --map=deck.inp deck.inp").status, 2);
+    EXPECT_EQ(folder.RunVerb("run --force --map=rows.inc deck.inp").status, 2);
+    EXPECT_EQ(folder.RunVerb("flatten --force -o rows.inc deck.inp").status, 2);
+    EXPECT_EQ(folder.Read("rows.inc"), "1, 0., 0.\n2, 1., 0.\n3, 1., 1.\n");
+    EXPECT_EQ(folder.Read("deck.inp").substr(0, 14), "*Node\n*Include");
+    EXPECT_EQ(folder.Files(), "deck.inp rows.inc ");
 }
 
 TEST(Run, LosesNoPlainDeckOfItsUser) {

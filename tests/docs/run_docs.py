@@ -11,6 +11,7 @@ above DIR); KIVOm, kivodeck, kivorender and python3 are found as commands.
     ```console needs=gmsh,cgx        the same, passed over with a note where one of these programs is missing
     ```text file=FILE lines=A-B      these lines of FILE; without "lines", the whole of it
     other blocks                     are shown only, and not tested
+    <!-- deck NAME from PAGE -->     writes a deck that another page of this folder shows, a line of its own
 In a man page the text between .EX and .EE is a console block; .EX lines without any "$ " are shown only.
 
 What is shown is compared line by line. A line "..." stands for any number of lines, none too. Dates and elapsed times
@@ -123,7 +124,10 @@ def blocks_of_markdown(text):
     block, fence, indent = None, None, 0
     for number, line in enumerate(text.split("\n"), 1):
         found = re.match(r"( *)(`{3,})(.*)$", line)
-        if found and block is None:
+        borrowed = re.fullmatch(r"<!-- deck (\S+) from (\S+) -->", line)
+        if borrowed and block is None:
+            yield Block("borrowed", {"name": borrowed.group(1), "page": borrowed.group(2)}, number)
+        elif found and block is None:
             words = found.group(3).split() or [""]
             indent, fence, options = len(found.group(1)), found.group(2), dict(word.split("=", 1) for word in words[1:])
             block = Block(words[0], options, number)
@@ -196,7 +200,7 @@ class Page:
             try:
                 for block in (blocks_of_man if self.path.endswith(".1") else blocks_of_markdown)(read(self.path)):
                     self.run_block(block)
-            except ValueError as error:
+            except (OSError, ValueError) as error:
                 self.failures.append("%s: %s" % (self.path, error))
 
     def prepare(self, scratch):
@@ -211,10 +215,19 @@ class Page:
         self.environment = dict(os.environ, PATH=commands + ":" + os.environ.get("PATH", ""), LC_ALL="C.UTF-8",
                                 PYTHONDONTWRITEBYTECODE="1")
 
+    def borrow(self, block):
+        """The lines of the deck of another page."""
+        page = os.path.join(os.path.dirname(self.path), block.options["page"])
+        for other in blocks_of_markdown(read(page)):
+            if other.kind == "deck" and other.options["name"] == block.options["name"]:
+                return other.lines
+        raise ValueError("line %d: %s shows no deck %s" % (block.line, page, block.options["name"]))
+
     def run_block(self, block):
-        if block.kind in ("deck", "file"):
+        if block.kind in ("deck", "file", "borrowed"):
             with open(os.path.join(self.folder, block.options["name"]), "w", encoding="utf-8") as stream:
-                stream.write("".join(line + "\n" for line in block.lines))
+                lines = self.borrow(block) if block.kind == "borrowed" else block.lines
+                stream.write("".join(line + "\n" for line in lines))
         elif block.kind == "console":
             needed = filter(None, block.options.get("needs", "").split(","))
             missing = [name for name in needed if not shutil.which(name, path=self.environment["PATH"])]

@@ -101,6 +101,14 @@ class Pages(unittest.TestCase):
         self.write(extra, "```console\n$ echo a\nb\n```\n")
         self.bad("```console\n$ true\n```\n", "README.md", more=[extra])
 
+    def test_deck_of_another_page(self):
+        other = os.path.join(self.docs, "other.md")
+        self.write(other, "```deck name=a.inp\n1\n2\n3\n```\n")
+        page = "<!-- deck %s from %s -->\n```console\n$ cat a.inp\n1\n2\n3\n```\n"
+        self.good(page % ("a.inp", "other.md"), 1)
+        self.bad(page % ("b.inp", "other.md"), "page.md: line 1: %s shows no deck b.inp" % other)
+        self.bad(page % ("a.inp", "gone.md"), "gone.md")
+
     def test_links(self):
         run = "```console\n$ true\n```\n# Here\n"
         self.write(os.path.join(self.docs, "there.md"), "## Part: a.b `C_`\n```text\n# Block\n```\n")

@@ -21,6 +21,7 @@ from kivoview import colours, files, legend, picture
 SIZE, SIDE, SCALE = (400, 304), 304, 304 / 1.06
 WHITE = (255, 255, 255)
 GIVEN = argparse.Namespace()
+NOT_DRAWN = "are not drawn: of no known kind, or with nodes that are not there"
 
 SQUARE = """*Node
 1, 0., 0.
@@ -105,7 +106,7 @@ class WithFolder(unittest.TestCase):
         subprocess.run([GIVEN.program, "deck.inp", "--vtk"], cwd=self.folder, stdout=subprocess.DEVNULL, check=True)
 
     def drawn(self, view=None, audit=None, with_sets=True):
-        png, self.left_out = picture.draw(self.folder, audit, view, SIZE, with_sets)
+        png, self.words = picture.draw(self.folder, audit, view, SIZE, with_sets)
         return dots(png)
 
     def command(self, *arguments, python=(), **environment):
@@ -150,7 +151,7 @@ class Pictures(WithFolder):
         self.translate(deck)
         self.assertIn(b"        -1", self.content("_Cells.vtk"))
         rows = self.drawn()
-        self.assertEqual(self.left_out, 1)
+        self.assertEqual(self.words, ["1 cells or faces " + NOT_DRAWN])
         self.assertEqual(at(rows, 0.3, 0.7), WHITE)
         self.assertEqual(at(rows, 0.7, 0.3), legend_colours(rows)[0])
         status, _, said = self.command(".", "out.png", "--size", "64,64")
@@ -178,7 +179,7 @@ class Pictures(WithFolder):
                        "*Elset, elset=BAD\n1\n*Elset, elset=GOOD\n2\n"
                        "*Surface, type=ELEMENT, name=LOST\nBAD, S1\n*Surface, type=ELEMENT, name=KEPT\nGOOD, S1\n")
         rows = self.drawn(view=(0, 0, -1))
-        self.assertEqual(self.left_out, 2)
+        self.assertEqual(self.words, ["2 cells or faces " + NOT_DRAWN])
         self.assertEqual(at(rows, 1 - 0.25, 0.25), legend_colours(rows)[2])
 
     def test_curved_faces_have_no_stripes(self):
@@ -327,9 +328,16 @@ class BadInput(WithFolder):
     def test_usage(self):
         for arguments in ((), (".",), (".", "a.png", "b.png")):
             self.refused(2, "usage:", *arguments)
-        for option in ("--size=0,9", "--size=9", "--size=99999,99999", "--view=0,0,0", "--view=nan,0,1", "--view=x",
-                       "--vie=1,0,0"):
-            self.refused(2, "usage:", ".", "a.png", option)
+        self.refused(2, "usage:", ".", "a.png", "--vie=1,0,0")
+        for value in ("0,9", "9", "99999,99999", "64,64,64", "6x4", "64,6.5", ""):
+            words = "--size: two whole numbers from 32 to 4096 are wanted, such as 1200,800, not '%s'\n" % value
+            self.refused(2, words, ".", "a.png", "--size=" + value)
+        for value in ("0,0,0", "nan,0,1", "x", "1,2", "1,2,3,4", "1,,2", ""):
+            words = "--view: three numbers that are not all 0 are wanted, such as 1,-2,1.5, not '%s'\n" % value
+            self.refused(2, words, ".", "a.png", "--view=" + value)
+        for name in ("a.jpg", "png", "a.png/", ""):
+            self.refused(2, "PICTURE.png: a name that ends in .png is wanted, not '%s'\n" % name, ".", name)
+        self.refused(1, "nowhere/a.PNG cannot be written", ".", "nowhere/a.PNG", "--size=64,64")
 
     def test_version_and_help(self):
         with open(os.path.join(ROOT, "CMakeLists.txt"), encoding="utf-8") as stream:
@@ -338,10 +346,43 @@ class BadInput(WithFolder):
         self.assertEqual(self.command("--help")[0::2], (0, ""))
 
     def test_missing(self):
-        self.refused(2, "there is no nowhere/mesh.input", "nowhere", "a.png")
-        self.refused(2, "there is no a.vtk", ".", "a.png", "--audit=a.vtk")
+        writes = ': "kivodeck run DECK --vtk" writes it\n'
+        self.refused(2, "there is no nowhere/mesh.input" + writes, "nowhere", "a.png")
+        self.refused(2, 'there is no a.vtk: "kivodeck audit --vtk=FILE" writes it\n', ".", "a.png", "--audit=a.vtk")
         os.remove(self.path("_Cells.vtk"))
-        self.refused(2, "run KIVOm with --vtk", ".", "a.png")
+        self.refused(2, "there is no ./_Cells.vtk" + writes, ".", "a.png")
+
+    def test_files_of_another_mesh(self):
+        five_nodes = SQUARE.replace("*Element", "5, 1., 2.\n*Element", 1).replace("2, 1, 3, 4", "2, 3, 5, 4")
+        three_cells = SQUARE.replace("*Nset", "3, 1, 2, 4\n*Nset", 1)
+        two_faces = SQUARE + "FIRST, S2\n"
+        again = ": translate again with --vtk\n"
+        for deck, name, differs in (
+                (five_nodes, "_Cells.vtk", "4 nodes, not 5"), (three_cells, "_Cells.vtk", "2 cells, not 3"),
+                (five_nodes, "_Faces.vtk", "4 nodes, not 5"), (two_faces, "_Faces.vtk", "1 faces, not 2")):
+            self.translate(SQUARE)
+            stale = self.content(name)
+            self.translate(deck)
+            self.assertEqual(self.command(".", "a.png", "--size=64,64"), (0, "", ""))
+            os.remove(self.path("a.png"))
+            self.write(name, stale)
+            self.refused(2, "./%s is of another mesh than mesh.input (%s)" % (name, differs) + again, ".", "a.png")
+            self.assertFalse(os.path.exists(self.path("a.png")))
+
+    def test_faces_of_another_mesh(self):
+        # A deck without surfaces replaces no file of faces: no new translation would help.
+        without_faces = SQUARE[:SQUARE.index("*Surface")]
+        self.translate(without_faces)
+        rows = self.drawn()
+        self.assertEqual(self.words, [self.path("_Faces.vtk") + " is not drawn: mesh.input has no faces"])
+        self.assertEqual(len(legend_colours(rows)), 3)
+        os.remove(self.path("_Faces.vtk"))
+        self.assertEqual(self.drawn(), rows)
+        self.assertEqual(self.words, [])
+        self.translate(SQUARE)
+        os.remove(self.path("_Faces.vtk"))
+        self.drawn()
+        self.assertEqual(self.words, ["faces are not drawn: there is no " + self.path("_Faces.vtk")])
 
     def test_missing_on_the_machine(self):
         self.refused(2, "apt-get install python3-vtk9", ".", "a.png", python=["-S"])
@@ -414,19 +455,19 @@ class Reading(WithFolder):
         self.assertEqual(grid.left_out(), 2)
 
     def test_mesh_file(self):
-        dimension, groups = files.read_groups(self.path("mesh.input"))
-        self.assertEqual(dimension, 2)
+        dimension, groups, *counts = files.read_mesh(self.path("mesh.input"))
+        self.assertEqual((dimension, counts), (2, [4, 2, 1]))  # nodes, cells, faces
         self.assertEqual(groups, [("cells", "LOWER", 1), ("cells", "UPPER", 2), ("nodes", "LOOSE/END", 1),
                                   ("faces", "BOTTOM", 1)])
         mesh = self.content("mesh.input")
         for text in (b"", b"\n", mesh[:50], mesh[:-30], mesh[10:], mesh.replace(b"<Groups>", b"<Group>"), bytes(1000)):
             self.write("bad.input", text)
             with self.assertRaises(files.Unreadable):
-                files.read_groups(self.path("bad.input"))
+                files.read_mesh(self.path("bad.input"))
 
     def test_empty_mesh(self):
         self.translate("*Heading\n")
-        self.assertEqual(files.read_groups(self.path("mesh.input")), (None, []))
+        self.assertEqual(files.read_mesh(self.path("mesh.input")), (None, [], 0, 0, 0))
         with self.assertRaises(picture.CannotDraw):
             self.drawn()
 

@@ -14,22 +14,38 @@ colours, one for each surface; node sets are balls. With --audit the mesh is
 pale, and what failed is drawn in front of it.
 
 Exit status: 0 drawn, 1 the picture could not be drawn or written, 2 wrong
-usage, or a file is missing or cannot be read.
+usage, or a file is missing, cannot be read, or is of another mesh.
 """
 
 
+def numbers(text, of, count):
+    """The numbers between commas; none where they are not so many."""
+    try:
+        values = tuple(map(of, text.split(",")))
+    except ValueError:
+        return ()
+    return values if len(values) == count else ()
+
+
 def direction(text):
-    values = tuple(float(field) for field in text.split(","))
-    if len(values) != 3 or not any(values) or not all(map(math.isfinite, values)):
-        raise ValueError
+    values = numbers(text, float, 3)
+    if not any(values) or not all(map(math.isfinite, values)):
+        raise argparse.ArgumentTypeError("three numbers that are not all 0 are wanted, such as 1,-2,1.5, not %r" % text)
     return values
 
 
 def size(text):
-    values = tuple(int(field) for field in text.split(","))
-    if len(values) != 2 or not all(SMALLEST <= value <= LARGEST for value in values):
-        raise ValueError
+    values = numbers(text, int, 2)
+    if not values or not all(SMALLEST <= value <= LARGEST for value in values):
+        raise argparse.ArgumentTypeError("two whole numbers from %d to %d are wanted, such as 1200,800, not %r"
+                                         % (SMALLEST, LARGEST, text))
     return values
+
+
+def png_name(text):
+    if not text.lower().endswith(".png"):
+        raise argparse.ArgumentTypeError("a name that ends in .png is wanted, not %r" % text)
+    return text
 
 
 def version():
@@ -56,7 +72,7 @@ def options(arguments):
     parser.add_argument("--audit", metavar="FILE", help='show what "kivodeck audit --vtk=FILE" wrote')
     parser.add_argument("--version", action="version", version="kivorender " + version())
     parser.add_argument("folder", metavar="FOLDER", help='where "mesh.input" and the VTK files are')
-    parser.add_argument("picture", metavar="PICTURE.png", help="the PNG file to write")
+    parser.add_argument("picture", type=png_name, metavar="PICTURE.png", help="the PNG file to write")
     return parser.parse_args(arguments)
 
 
@@ -66,9 +82,12 @@ def say(text):
 
 def missing(given):
     """What the run lacks, in words; None when it can begin."""
-    for path in (os.path.join(given.folder, "mesh.input"), os.path.join(given.folder, "_Cells.vtk"), given.audit):
-        if path is not None and not os.path.isfile(path):
-            return "there is no %s" % path + (": run KIVOm with --vtk" if path != given.audit else "")
+    for name in ("mesh.input", "_Cells.vtk"):
+        path = os.path.join(given.folder, name)
+        if not os.path.isfile(path):
+            return 'there is no %s: "kivodeck run DECK --vtk" writes it' % path
+    if given.audit is not None and not os.path.isfile(given.audit):
+        return 'there is no %s: "kivodeck audit --vtk=FILE" writes it' % given.audit
     for module, package in (("vtkmodules", "python3-vtk9"), ("numpy", "python3-numpy")):
         if not importlib.util.find_spec(module):
             return "%s has no %s: apt-get install python3-vtk9 python3-numpy" % (sys.executable, module)
@@ -79,7 +98,7 @@ def draw(given):
     """Draws in this process."""
     from . import files, picture  # here, because what they need may be missing
     try:
-        png, left_out = picture.draw(given.folder, given.audit, given.view, given.size, not given.no_sets)
+        png, words = picture.draw(given.folder, given.audit, given.view, given.size, not given.no_sets)
         with open(given.picture, "wb") as stream:
             stream.write(png)
     except files.Unreadable as error:
@@ -94,8 +113,8 @@ def draw(given):
     except OSError as error:
         say("%s cannot be written: %s" % (given.picture, error.strerror))
         return FAILED
-    if left_out:
-        say("%d cells or faces are not drawn: of no known kind, or with nodes that are not there" % left_out)
+    for text in words:
+        say(text)
     return DONE
 
 

@@ -1,4 +1,4 @@
-"""What the files of a run hold: grids, by the VTK library's own reader, and the groups of "mesh.input"."""
+"""What the files of a run hold: grids, by the VTK library's own reader, and the sizes and groups of "mesh.input"."""
 import collections, mmap, os, re, resource
 
 import numpy
@@ -11,9 +11,12 @@ from vtkmodules.vtkIOLegacy import vtkUnstructuredGridReader
 MEMORY_TIMES, MEMORY_BASE = 12, 1 << 29
 HEAD = 100  # bytes in which the dimension stands
 LONGEST_REASON = 100  # letters: the library repeats what it does not understand
+COUNTS = b"Number_Of_Nodes", b"Number_Of_Cells", b"Number_Of_Faces"
 KINDS = {b"Cell": "cells", b"Face": "faces", b"Node": "nodes"}
 
 Group = collections.namedtuple("Group", "kind name tag")
+# dimension: None for an empty mesh. groups: each kind in the order of the deck. How many nodes, cells and faces.
+Mesh = collections.namedtuple("Mesh", "dimension groups nodes cells faces")
 
 
 class Unreadable(Exception):
@@ -95,19 +98,26 @@ def read(path):
     return reader, reader.GetOutput()
 
 
-def read_groups(path):
-    """Dimension (None for an empty mesh) and groups of "mesh.input", each kind in the order of the deck. Only the head
-    and the tail of the file are looked at: what lies between is in the VTK files, too."""
+def count_of(text, key):
+    """The number behind a key; 0 where the key is missing, as it is without faces, without cells."""
+    found = re.search(rb"\n    %s = +(\d{1,18})\n" % key, text)
+    return int(found[1]) if found else 0
+
+
+def read_mesh(path):
+    """What "mesh.input" says that the VTK files do not."""
     try:
         with open(path, "rb") as stream, mmap.mmap(stream.fileno(), 0, access=mmap.ACCESS_READ) as text:
             head = re.match(rb"<Dimension>\n(?:    Dimension = ([23])D\n)?</Dimension>\n", text[:HEAD])
             tail = text[max(0, text.rfind(b"\n<Groups>\n")):] if head else b""
+            counts = [count_of(text, key) for key in COUNTS] if head else []
     except (OSError, ValueError) as error:  # ValueError: an empty file cannot be mapped
         raise Unreadable("%s cannot be read: %s" % (path, getattr(error, "strerror", None) or "it is empty")) from error
     if not head or not tail.startswith(b"\n<Groups>") or not tail.rstrip().endswith(b"\n</Groups>"):
         raise Unreadable("%s is no whole mesh file" % path)
-    found = re.findall(rb"^  <(Node|Face|Cell) Group> (.*)\n    \1Tag = +(-?\d+)$", tail, re.M)
+    found = re.findall(rb"^  <(Node|Face|Cell) Group> (.*)\n    \1Tag = +(-?\d{1,18})$", tail, re.M)
     groups = [Group(KINDS[kind], name.decode("utf-8", "replace"), int(tag)) for kind, name, tag in found]
     # The file has the last cell group first.
     cells = [group for group in groups if group.kind == "cells"]
-    return int(head[1]) if head[1] else None, cells[::-1] + [group for group in groups if group.kind != "cells"]
+    in_order = cells[::-1] + [group for group in groups if group.kind != "cells"]
+    return Mesh(int(head[1]) if head[1] else None, in_order, *counts)

@@ -258,30 +258,51 @@ def png(window, finer):
     return vtk_to_numpy(writer.GetResult()).tobytes()
 
 
+def part_of_mesh(path, mesh, kind):
+    """The grid of the mesh's "cells" or "faces". A run without --vtk leaves the VTK files of an earlier mesh where they
+    are: they would be drawn with the names of other groups."""
+    grid = files.Grid(path, "CellTag", "NodeTag")
+    for word, count in (("nodes", len(grid.points)), (kind, len(grid.types))):
+        wanted = getattr(mesh, word)
+        if count != wanted:
+            raise files.Unreadable("%s is of another mesh than mesh.input (%d %s, not %d): translate again with --vtk"
+                                   % (path, count, word, wanted))
+    return grid
+
+
+def faces_of(path, mesh):
+    """The faces' grid or None, and what is left out, in words. A mesh without faces replaces no file of faces."""
+    if os.path.exists(path) and mesh.faces:
+        return part_of_mesh(path, mesh, "faces"), []
+    if os.path.exists(path):
+        return None, ["%s is not drawn: mesh.input has no faces" % path]
+    return None, ["faces are not drawn: there is no %s" % path] if mesh.faces else []
+
+
 def draw(folder, audit, view, size, with_sets):
-    """The picture as the bytes of a PNG file, and how many cells and faces are left out."""
-    dimension, groups = files.read_groups(os.path.join(folder, "mesh.input"))
-    if dimension is None:
+    """The picture as the bytes of a PNG file, and what is left out, in words."""
+    mesh = files.read_mesh(os.path.join(folder, "mesh.input"))
+    if mesh.dimension is None:
         raise CannotDraw("the mesh is empty: there is nothing to draw")
-    grid = files.Grid(os.path.join(folder, "_Cells.vtk"), "CellTag", "NodeTag")
+    grid = part_of_mesh(os.path.join(folder, "_Cells.vtk"), mesh, "cells")
+    faces, words = faces_of(os.path.join(folder, "_Faces.vtk"), mesh) if audit is None else (None, [])
     outer = shapes.skin(grid), shapes.sheets(grid)
     used = numpy.unique(numpy.concatenate([part.triangles.ravel() for part in outer]))
     if not len(used):
         raise CannotDraw("no cell has a side that can be drawn")
     width, height = size
-    frame = Frame(grid.points[used], view or STANDARD_VIEW[dimension], dimension, width * (1 - LEGEND_SHARE), height)
+    view = view or STANDARD_VIEW[mesh.dimension]
+    frame = Frame(grid.points[used], view, mesh.dimension, width * (1 - LEGEND_SHARE), height)
     scene = Scene(frame, FINER if width * height <= FINER_UP_TO else 1)
     if audit is not None:
-        failed = files.Grid(audit, "Check", None)
-        add_failed(scene, failed)
-    pixels = add_cells(scene, grid, outer, groups, audit is not None)
+        add_failed(scene, files.Grid(audit, "Check", None))
+    pixels = add_cells(scene, grid, outer, mesh.groups, audit is not None)
     left_out = grid.left_out()
-    if audit is None:
-        path = os.path.join(folder, "_Faces.vtk")
-        if os.path.exists(path):
-            faces = files.Grid(path, "CellTag", "NodeTag")
-            add_faces(scene, faces, groups, dimension)
-            left_out += faces.left_out()
-        if with_sets:
-            add_nodes(scene, grid, groups, pixels)
-    return png(window_of(scene, width, height), scene.finer), left_out
+    if faces:
+        add_faces(scene, faces, mesh.groups, mesh.dimension)
+        left_out += faces.left_out()
+    if with_sets and audit is None:
+        add_nodes(scene, grid, mesh.groups, pixels)
+    if left_out:
+        words.append("%d cells or faces are not drawn: of no known kind, or with nodes that are not there" % left_out)
+    return png(window_of(scene, width, height), scene.finer), words
