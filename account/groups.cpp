@@ -105,7 +105,8 @@ void AccountElementGroups(Account *account) {
             continue;
         }
         const int card = static_cast<int>(c);
-        if (block->name[0] == '\0' && FindParameter(account->deck.cards[c], "ELSET") == nullptr) {
+        const deck::Parameter *elset = FindParameter(account->deck.cards[c], "ELSET");
+        if (block->name[0] == '\0' && (elset == nullptr || elset->text.empty())) {
             Add(account, Code::noGroupName, PlaceOf(*account, card), {}, block->count);
         } else if (std::strncmp(block->name, "C_", 2) == 0) {
             Add(account, Code::cutLoose, PlaceOf(*account, card, "ELSET"), {block->name}, block->count);

@@ -210,10 +210,6 @@ void ForPairs(const std::vector<Gap> &gaps, std::size_t nMeant, std::size_t nRea
     }
 }
 
-bool SameReal(double a, double b) {
-    return a == b || (a != a && b != b);
-}
-
 // The parameter of that one word, where it is cut short: the reader does not know it then, and takes the section in.
 bool TellShortParameter(Account *account, Teller *teller, int card, const char *name) {
     const deck::Parameter *parameter = FindParameter(account->deck.cards[static_cast<std::size_t>(card)], name);
@@ -234,7 +230,7 @@ struct NodeRow {
 void TellCoordinates(Teller *teller, const NodeRow &row) {
     constexpr const char *kAxes[] = {"x", "y", "z"};
     int axis = 0;
-    while (axis < 2 && SameReal(row.meant[axis], row.read[axis])) {
+    while (axis < 2 && row.meant[axis] == row.read[axis]) {
         ++axis;
     }
     const std::string meant = std::string(kAxes[axis]) + " = " + NumberText(row.meant[axis]);
@@ -275,8 +271,7 @@ void CompareNodeRows(Account *account, int card, const ABQNodeBlock &block) {
         const std::size_t row = rows[i];
         const NodeRow pair{
             table.line[row], {table.x[row], table.y[row], table.z[row]}, {block.d1X[j], block.d1Y[j], block.d1Z[j]}};
-        if (SameReal(pair.meant[0], pair.read[0]) && SameReal(pair.meant[1], pair.read[1]) &&
-            SameReal(pair.meant[2], pair.read[2])) {
+        if (std::equal(pair.meant, pair.meant + 3, pair.read)) {
             return;
         }
         const bool tookNext =

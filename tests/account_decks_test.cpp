@@ -25,6 +25,11 @@ struct Entry {
     bool readable = true;
 };
 
+// In the names of tests.
+void PrintTo(const Entry &entry, std::ostream *out) {
+    *out << entry.deck;
+}
+
 std::vector<std::string> Clauses(const std::string &text) {
     std::vector<std::string> clauses;
     for (std::size_t at = 0; at < text.size();) {

@@ -113,6 +113,35 @@ TEST_P(Examples, CausesItsFindingAndNoOther) {
     }
 }
 
+TEST(Findings, OfRowsBeyondAThousandAreCountedWithTheLast) {
+    std::string deck = "*Node\n";
+    for (int i = 1; i <= 1200; ++i) {
+        deck += std::to_string(i) + ", " + std::to_string(i) + ".D1, " + std::to_string(i % 2) + ".\n";
+    }
+    const Workshop workshop("thousand");
+    const Report report = CheckDeck(workshop.Write("deck.inp", deck + "*Element, type=CPS3, elset=A\n1, 1, 2, 3\n"));
+    int nTold = 0;
+    long long nRows = 0;
+    for (const Finding &finding : report.findings) {
+        if (finding.code == account::Code::dExponent) {
+            ++nTold;
+            nRows += finding.count;
+        }
+    }
+    EXPECT_EQ(nTold, 1000);
+    EXPECT_EQ(nRows, 1200);
+}
+
+TEST(Summaries, NameAllTypesOfAGroup) {
+    const Workshop workshop("types");
+    const Report report = CheckDeck(workshop.Write(
+        "deck.inp", "*Node\n1, 0., 0.\n2, 2., 0.\n3, 0., 2.\n4, 1., 0.\n5, 1., 1.\n6, 0., 1.\n7, 2., 2.\n"
+                    "*Element, type=CPS6, elset=A\n1, 1, 2, 3, 4, 5, 6\n*Element, type=CPS3, elset=A\n2, 2, 7, 3\n"));
+    ASSERT_EQ(report.meaning.cellGroups.size(), 1u);
+    EXPECT_EQ(report.meaning.cellGroups[0].type, "CPS6+CPS3");
+    EXPECT_EQ(report.meaning.cellGroups[0].count, 2);
+}
+
 std::vector<int> CodesWithExample() {
     std::vector<int> codes;
     for (int i = 0; i < account::kCodes; ++i) {

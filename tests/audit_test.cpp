@@ -411,8 +411,20 @@ const std::vector<Damage> kDamages{
     m.cells = {}; m.faces = {}; return {kMesh, 0}; }},
 {"a cell with the node behind the last", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, NumNodes(m)); }},
 {"a cell with node -1", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, -1); }},
+{"a cell with node -1, and another longest edge of its group", kAny, {Check::indices, Check::lengths}, [](Mesh &m) {
+    m.cellGroups[1].lengths.longestEdge *= 1.01; return SetNode(m, -1); }},
 {"a cell with node -5", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, -5); }},
 {"a cell with the largest number for a node", kAny, {Check::indices}, [](Mesh &m) { return SetNode(m, 2147483647); }},
+{"a cell with a face and a node of that face less", kLinear, {Check::indices}, [](Mesh &m) -> Named {
+    const Row face = RowOf(m.faces.rows, 0);
+    for (std::size_t cell = 0; cell < m.cells.rows.Count(); ++cell) {
+        Row row = RowOf(m.cells.rows, cell);
+        if (std::all_of(face.begin(), face.end(), [&](int n) { return std::count(row.begin(), row.end(), n) == 1; })) {
+            *std::find(row.begin(), row.end(), face[1]) = -1; SetRow(&m.cells.rows, cell, row);
+            return {Subject::cell, cell};
+        }
+    }
+    ADD_FAILURE(); return {Subject::cell, 0}; }},
 {"a face with the node behind the last", kAny, {Check::indices}, [](Mesh &m) { return SetFaceNode(m, NumNodes(m)); }},
 {"a face with node -1", kAny, {Check::indices}, [](Mesh &m) { return SetFaceNode(m, -1); }},
 {"a node's tag without group", kAny, {Check::tags}, [](Mesh &m) -> Named { m.nodes.tags[5] = 99; return {Subject::node, 5}; }},
@@ -573,6 +585,7 @@ TEST_P(Box, IsOkBeforeItIsDamaged) {
     EXPECT_EQ(verdict.counts.cells, layer * kCubes);
     EXPECT_EQ(verdict.counts.looseCells, IsCut() ? layer : 0);
     EXPECT_EQ(verdict.counts.regions, IsCut() ? layer + 1 : 1);
+    EXPECT_EQ(verdict.counts.touchingNodes, 0); // the copies that the cut makes are left out
     // LOW and HIGH are squares cut in triangles, or lines; what is cut loose is open all round.
     const long long border = family().dimension == 3 ? 4 * kCubes * (family().quadratic ? 2 : 1) : 2;
     ASSERT_EQ(mesh.faceGroups[0].name, "LOW");
@@ -641,6 +654,7 @@ TEST(Boundary, FailsWhereCellsHangTogetherByANodeOrAnEdge) {
     EXPECT_TRUE(Names(byNode, Check::boundary, {Subject::node, 0}));
     const audit::Verdict byEdge = JudgeDeck(kStar, {{0, 5, 1, 2}, {0, 5, 3, 4}});
     EXPECT_EQ(FailedOf(byEdge), boundary);
+    EXPECT_EQ(byEdge.Of(Check::boundary).places.size(), 1u); // once for both ends of the edge
     EXPECT_EQ(byEdge.counts.regions, 1);
 }
 
@@ -658,6 +672,96 @@ TEST(Boundary, ForgivesWhatOnlyTheCutMakes) {
     }
     EXPECT_EQ(FailedOf(JudgeDeck(points, {{0, 1, 2}, {0, 2, 3}, {0, 3, 4}, {7, 8, 9}, {7, 10, 11}}, {1})),
               std::set<Check>{Check::boundary});
+    // Nor does it join two regions whose nodes are at one place: the gap between the first two stays one.
+    points = kStar;
+    points.insert(points.end(), kStar.begin(), kStar.begin() + 4);
+    points.insert(points.end(), {{5, 0, 0}, {6, 0, 0}, {5, 1, 0}});
+    const audit::Verdict touching = JudgeDeck(points, {{0, 1, 2}, {0, 3, 4}, {7, 9, 10}, {11, 12, 13}}, {3});
+    EXPECT_EQ(FailedOf(touching), std::set<Check>{Check::boundary});
+    EXPECT_EQ(touching.counts.touchingNodes, 6);
+}
+
+// The translator cuts the cells of the newer group alone.
+TEST(LooseCells, OfTwoGroupsOfOneNameAreThoseOfTheNewerOne) {
+    const std::string group = "*ELEMENT, TYPE=CPS3, ELSET=C_A\n";
+    const audit::Verdict verdict =
+        JudgeFile(Translated("*NODE\n1, 0, 0\n2, 1, 0\n3, 1, 1\n4, 0, 1\n5, 5, 0\n6, 6, 0\n7, 6, 1\n8, 5, 1\n" + group +
+                             "1, 1, 2, 3\n2, 1, 3, 4\n" + group + "3, 5, 6, 7\n4, 5, 7, 8\n"));
+    EXPECT_EQ(NamesOf(FailedOf(verdict)), "");
+    EXPECT_EQ(verdict.counts.looseCells, 2);
+    EXPECT_EQ(verdict.counts.regions, 3);
+}
+
+TEST(UnusedNodes, AreNotThoseOfAFaceThatNoCellHas) {
+    Mesh mesh = Translated(BoxDeck(kFamilies[0], "TOP"));
+    AddFace(&mesh, {mesh.faces.rows.Row(0)[0], AddNode(&mesh, {9, 9, 9})});
+    EXPECT_EQ(FailedOf(JudgeFile(mesh)), std::set<Check>{Check::faces});
+}
+
+// Three leaves that hang together by one edge: it is used three times, each of their six others once.
+TEST(Surfaces, CountTheEdgesThatMoreThanTwoFacesHave) {
+    Mesh mesh;
+    mesh.dimension = 3;
+    mesh.faceGroups.push_back({"LEAVES", 1});
+    for (const At &at : kStar) {
+        AddNode(&mesh, at);
+    }
+    for (const int tip : {1, 2, 3}) {
+        SetRow(&mesh.faces.rows, mesh.faces.rows.Count(), {0, 5, tip});
+        mesh.faces.tags.push_back(1);
+    }
+    const audit::Surface surface = audit::Judge(mesh).surfaces.at(0);
+    EXPECT_EQ(surface.faces, 3);
+    EXPECT_EQ(surface.openEdges, 6);
+    EXPECT_EQ(surface.overusedEdges, 1);
+}
+
+// Two sides of the last triangle have another one on the same side: it is one place.
+TEST(SharedFaces, NameACellOnce) {
+    const audit::Verdict verdict =
+        JudgeDeck({{0, 0, 0}, {2, 0, 0}, {1, 2, 0}, {1, 3, 0}, {0, 1, 0}}, {{0, 1, 3}, {1, 2, 4}, {0, 1, 2}});
+    ASSERT_EQ(verdict.Of(Check::sharedFaces).places.size(), 1u);
+    EXPECT_EQ(verdict.Of(Check::sharedFaces).places[0].index, 2);
+}
+
+// A hexagon of six triangles, torn open on either side of its middle, where the boundary then touches itself.
+TEST(Boundary, IsNotJudgedBesideCoincidentNodes) {
+    std::vector<At> points{{0, 0, 0}};
+    for (const int corner : {0, 1, 2, 3, 4, 5, 0, 3}) {
+        points.push_back({std::cos(corner * std::acos(0.5)), std::sin(corner * std::acos(0.5)), 0});
+    }
+    EXPECT_EQ(FailedOf(JudgeDeck(points, {{0, 7, 2}, {0, 2, 3}, {0, 3, 4}, {0, 8, 5}, {0, 5, 6}, {0, 6, 1}})),
+              std::set<Check>{Check::coincidentNodes});
+}
+
+TEST(Places, OfTheWorstComeFirst) {
+    Mesh mesh = Translated(
+        SmallDeck({{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {3, 0, 0}, {4, 0, 0}, {3, 1, 0}}, {{0, 1, 2}, {3, 4, 5}}, {}));
+    for (const std::size_t cell : {0u, 1u}) { // the second one, with its right angle, is further from right
+        SetRow(&mesh.cells.rows, cell, Turned(mesh, cell));
+    }
+    const audit::Verdict verdict = audit::Judge(mesh);
+    const std::vector<audit::Place> &places = verdict.Of(Check::orientation).places;
+    ASSERT_EQ(places.size(), 2u);
+    EXPECT_EQ(places[0].index, 1);
+    EXPECT_EQ(places[1].index, 0);
+}
+
+// Corners (0, 0), (1, 0), (0, 1); middle nodes off the middles of their edges by (0, 0.25), (0.2, -0.05), (-0.2, -0.3).
+// With t from 0 to 1 along the first edge the directions there are (1, 1 - 2 t) and (4 (0.4 t - 0.2), -0.2), whose
+// determinant is -0.2 + 0.8 (1 - 2 t)^2: 0.6 at both corners, -0.2 between them.
+TEST(MidSideNodes, MayFoldACellWhereNoCornerIs) {
+    Mesh mesh;
+    mesh.dimension = 2;
+    mesh.cellGroups.push_back({"ALL", 1, {}});
+    for (const At &at : {At{0, 0, 0}, {0.5, 0.25, 0}, {1, 0, 0}, {0.7, 0.45, 0}, {0, 1, 0}, {-0.2, 0.2, 0}}) {
+        AddNode(&mesh, at);
+    }
+    SetRow(&mesh.cells.rows, 0, {0, 1, 2, 3, 4, 5});
+    mesh.cells.types = {4};
+    mesh.cells.tags = {1};
+    EXPECT_EQ(audit::Judge(mesh).Of(Check::midSideNodes).places.size(), 1u);
+    EXPECT_TRUE(audit::Judge(mesh).Of(Check::orientation).Ok());
 }
 
 TEST(Regions, MayTouch) {
@@ -679,13 +783,14 @@ TEST(CoincidentNodes, AreThoseThatAPlainSearchFinds) {
         mesh.cellGroups.push_back({"ALL", 1, {}});
         std::vector<int> regions;
         const int hubs = dice.From(1, 3);
-        for (int h = 0; h < hubs; ++h) {
+        for (int h = 0; h < 3; ++h) { // the mesh is 2 wide and 1 high
             AddNode(&mesh, {h * 1.0, 1, 0});
             regions.push_back(h);
         }
         for (int n = 0; n < 60; ++n) { // around points of a grid that is as wide as a box of the search is long
             const int hub = dice.Below(hubs);
-            const At at{dice.Below(4) * 64e-8 + dice.Between(-2, 2) * 1e-8,
+            const int box = dice.Below(4);
+            const At at{(box * 64 + dice.Between(box == 0 ? 0 : -2, 2)) * 1e-8 * std::sqrt(5),
                         dice.Below(2) * 1e-8 + dice.Between(0, 1) * 3e-8, 0};
             const int node = AddNode(&mesh, at);
             const int other = AddNode(&mesh, {0.3 + 0.001 * node, 0.5, 0});
@@ -758,6 +863,17 @@ TEST(Quality, OfTheCornerOfACube) {
     // 6 V = 1; the largest product is 1 * sqrt(2) * sqrt(2).
     EXPECT_NEAR(value(audit::Measure::scaledJacobian), std::sqrt(2) / 2, 1e-15);
     EXPECT_NEAR(value(audit::Measure::aspectGamma), std::pow(1.5, 1.5) / std::sqrt(2), 1e-15);
+}
+
+// The report accepts 30 to 60 degrees for the smallest angle of a triangle and 40 to 70.53 for that of a tetrahedron.
+TEST(Quality, IsHeldAgainstTheRangeOfTheShape) {
+    const auto least = static_cast<std::size_t>(audit::Measure::minAngle);
+    const audit::Histogram plane = JudgeDeck(kStar, {{0, 1, 2}}).quality[least];
+    EXPECT_EQ(plane.limits.least, 30);
+    EXPECT_EQ(plane.limits.most, 60);
+    const audit::Histogram solid = JudgeDeck(kStar, {{0, 1, 2, 5}}).quality[least];
+    EXPECT_EQ(solid.limits.least, 40);
+    EXPECT_EQ(solid.limits.most, 70.53);
 }
 
 // Meshes at the edge of what numbers can do -----------------------------------------------------------

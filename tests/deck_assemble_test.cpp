@@ -50,6 +50,9 @@ TEST(Sets, OfRangesThatAreNoneAreSaid) {
                                    {Code::badNumber, 14},
                                    {Code::badNumber, 15},
                                    {Code::badNumber, 16}}));
+    const auto most = Read(NodesTo(3) + "*NSET, NSET=A, GENERATE\n2, 100000001, 1\n1, 100000001, 1\n");
+    EXPECT_EQ(most.Nodes("A"), (Ints{2, 3})); // the first row makes as many entries as a range may
+    EXPECT_EQ(most.Findings(), (Found{{Code::tooMany, 7}}));
 }
 
 TEST(Sets, OfSetsTakeThemAsTheyAreThere) {
@@ -154,6 +157,11 @@ TEST(Instances, AreShiftedThenTurned) {
     EXPECT_TRUE(r.deck.instances[0].moved);
     EXPECT_TRUE(r.deck.instances[0].turned);
     EXPECT_EQ(r.Findings(), Found{});
+    const auto beside =
+        Read(kPart + "*ASSEMBLY, NAME=A\n*INSTANCE, NAME=I, PART=P\n0., 0., 0.\n1., 0., 0., 1., 0., 1., "
+                     "180.\n*END INSTANCE\n*END ASSEMBLY\n");
+    EXPECT_EQ(beside.At(1), (Point{1, 0, 0})); // on the axis
+    EXPECT_EQ(beside.At(3), (Point{1, -1, 0}));
 }
 
 TEST(Instances, OfBlanksForCommas) {
@@ -194,6 +202,11 @@ TEST(Instances, AloneNeedNoPrefixUnlessTheAssemblyHasTheName) {
     EXPECT_EQ(r.Nodes("I.N"), (Ints{1, 2, 3}));
     EXPECT_EQ(r.Nodes("N"), Ints{2});
     EXPECT_EQ(r.Faces("S"), Ints{11}); // another kind
+    r = Read(kPart + "*ASSEMBLY\n*INSTANCE, NAME=I.J, PART=P\n*END INSTANCE\n*NSET, NSET=M\nI.J.2, I.J.N\n"
+                     "*NSET, NSET=O\nI.J.3\n*END ASSEMBLY\n");
+    EXPECT_EQ(r.Nodes("M"), (Ints{1, 2, 3}));
+    EXPECT_EQ(r.Nodes("O"), Ints{3});
+    EXPECT_EQ(r.Findings(), Found{});
 }
 
 TEST(Instances, KeepALeadingCInFrontAndMakeNone) {
@@ -355,6 +368,10 @@ TEST(Surfaces, ThatHoldNothingForCertainAreSaid) {
                                    {Code::missingMember, 19},
                                    {Code::missingMember, 14},
                                    {Code::setCycle, 13}}));
+    const auto cut = Read(kTwoTets + "*SURFACE, NAME=A, TYPE=ELE\n1, S2\n*SURFACE, NAME=B, TYPE=EL\n1, S2\n");
+    EXPECT_EQ(cut.Faces("A"), Ints{12});
+    EXPECT_TRUE(cut.mesh.surfaces[1].refused);
+    EXPECT_EQ(cut.Findings(), (Found{{Code::notMesh, 13}}));
 }
 
 // Groups -----------------------------------------------------------------------------------------------------

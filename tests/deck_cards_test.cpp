@@ -139,6 +139,7 @@ TEST(Keywords, AMisspeltOneLosesItsRows) {
     EXPECT_EQ(r.Nodes("A"), Ints{2});
     EXPECT_EQ(r.Findings(), (Found{{Code::misspelt, 4}}));
     EXPECT_EQ(r.deck.findings[0].words, (std::vector<std::string>{"NSETT", "NSET"}));
+    EXPECT_TRUE(r.deck.otherKeywords.empty());
 }
 
 TEST(Parameters, AreCutShortFromThreeLettersAndMisspeltBelow) {
@@ -284,6 +285,14 @@ TEST(Includes, StandAnywhereAlsoBetweenRows) {
     EXPECT_EQ(fourth.line, 4);
     EXPECT_EQ(r.deck.files[1].includedFrom, 0);
     EXPECT_EQ(r.deck.files[1].line, 3);
+}
+
+TEST(Includes, MayHoldRowsOfASurface) {
+    const auto r =
+        Read(NodesTo(3) + "*ELEMENT, TYPE=CPS3\n1, 1, 2, 3\n*SURFACE, NAME=S\n1, S1\n*INCLUDE, INPUT=more.inp\n",
+             {{"more.inp", "1, S2\n"}});
+    EXPECT_EQ(r.Faces("S"), (Ints{11, 12}));
+    EXPECT_EQ(r.Findings(), Found{});
 }
 
 TEST(Includes, AreSoughtBesideTheDeckThenBesideTheIncluderThenHere) {

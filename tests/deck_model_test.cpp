@@ -164,6 +164,13 @@ TEST(ElementRows, MayBeSpelledInManyWays) {
     EXPECT_EQ(r.Findings(), Found{});
 }
 
+TEST(ElementRows, MayEndOnALineThatIsSpelledOddly) {
+    const auto r = Read(NodesTo(4) + "*ELEMENT, TYPE=C3D4\n1, 1, 2,\n3., 4.\n2, 1, 2, 4, 3\n");
+    EXPECT_EQ(r.Connectivity(1), (Ints{1, 2, 3, 4}));
+    EXPECT_EQ(r.Connectivity(2), (Ints{1, 2, 4, 3}));
+    EXPECT_EQ(r.Findings(), Found{});
+}
+
 TEST(ElementRows, DefinedTwiceCountAsTheyStandLast) {
     const auto r =
         Read("*NODE, NSET=N\n1, 1., 0., 0.\n2, 2., 0., 0.\n3, 3., 0., 0.\n4, 4., 0., 0.\n*NODE\n1, 9., 0., 0.\n"
@@ -267,6 +274,16 @@ TEST(Generators, NfillTakesUnsortedSetsAsTheyAreAndMissingNodesAtTheOrigin) {
     EXPECT_EQ(r.Findings(), (Found{{Code::missingMember, 8}}));
 }
 
+// The order of OLD SET goes on into a new set only: here 11 comes before 12, as it stands beside 1.
+TEST(Generators, NcopySortsASetThatIsThere) {
+    const auto r = Read("*NODE\n1, 0., 0., 0.\n2, 1., 0., 0.\n3, 5., 5., 0.\n*NSET, NSET=OLD, UNSORTED\n2, 1\n"
+                        "*NSET, NSET=NEW, UNSORTED\n3\n*NCOPY, CHANGE NUMBER=10, OLD SET=OLD, SHIFT, NEW SET=NEW\n"
+                        "0., 10., 0.\n*NSET, NSET=A, UNSORTED\n3, 1, 2\n*NFILL\nA, NEW, 2, 5\n");
+    EXPECT_EQ(r.Findings(), Found{});
+    EXPECT_EQ(r.At(6), (Point{0, 5, 0}));
+    EXPECT_EQ(r.At(7), (Point{1, 5, 0}));
+}
+
 TEST(Generators, NcopyShiftsNodes) {
     const auto r =
         Read(NodesTo(3) + "*NSET, NSET=A\n1, 3\n*NCOPY, CHANGE NUMBER=100, OLD SET=A, SHIFT, NEW SET=B\n1., 2., 3.\n"
@@ -361,6 +378,10 @@ TEST(Placing, TurnsByTheRightHandAndExactlyAtQuarters) {
     EXPECT_EQ(deck::Turned(turn, {11, 0, 0}), (deck::Point{0, 11, 0}));
     ASSERT_TRUE(deck::MakeTurn({1, 0, 0}, {1, 0, 1}, -450, &turn));
     EXPECT_EQ(deck::Turned(turn, {2, 0, 5}), (deck::Point{1, -1, 5}));
+    for (const double half : {-180., 180., 540.}) {
+        ASSERT_TRUE(deck::MakeTurn({0, 0, 0}, {0, 0, 2}, half, &turn));
+        EXPECT_EQ(deck::Turned(turn, {3, 4, 5}), (deck::Point{-3, -4, 5})) << half;
+    }
     ASSERT_TRUE(deck::MakeTurn({0, 0, 0}, {1, 1, 1}, 120, &turn)); // x to y, y to z
     const deck::Point p = deck::Turned(turn, {1, 2, 3});
     ExpectNear({p[0], p[1], p[2]}, {3, 1, 2});

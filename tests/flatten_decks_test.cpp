@@ -109,6 +109,10 @@ TEST(Flatten, CoordinatesAreTheShortestDigitsOfTheSameDoubles) {
     const Outcome flat = Flat("*Node\n1, 0.1, -0.\n2, 1.5D+02, 1e-300\n3, 0.30000000000000004, 12345678901234567.\n"
                               "*Element, type=CPS3, elset=A\n1, 1, 2, 3\n");
     EXPECT_EQ(flat.Section("*Node"), "*Node\n1, 0.1, -0\n2, 150, 1e-300\n3, 0.30000000000000004, 12345678901234568\n");
+    // A plane deck needs its z where it is a zero that no missing field would give.
+    const Outcome below =
+        Flat("*Node\n1, 0., 0., -0.\n2, 1., 0., -0.\n3, 0., 1., -0.\n*Element, type=CPS3, elset=A\n1, 1, 2, 3\n");
+    EXPECT_EQ(below.Section("*Node"), "*Node\n1, 0, 0, -0\n2, 1, 0, -0\n3, 0, 1, -0\n");
 }
 
 TEST(Flatten, ScaleMultipliesCoordinates) {
@@ -177,6 +181,32 @@ TEST(Flatten, LargeNumbersGetRoundOffsets) {
     EXPECT_NE(flat.text.find("\n10001, 10001, 10002, 10003\n"), std::string::npos);
 }
 
+TEST(Flatten, OffsetsAreAboveElementsToo) {
+    std::string part = kPart;
+    part.replace(part.find("1, 1, 2, 3\n2, 1, 3, 4\n"), std::string::npos, "101, 1, 2, 3\n102, 1, 3, 4\n");
+    const Outcome flat = Flat(part + kTwice + "*End Assembly\n");
+    EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=J.PLATE"),
+              "*Element, type=CPS3, elset=J.PLATE\n1101, 1001, 1002, 1003\n1102, 1001, 1003, 1004\n")
+        << flat;
+}
+
+// Offsets that are multiples of a thousand million leave no room below it.
+TEST(Flatten, OffsetsAreFinerWhereNumbersWouldRunOut) {
+    std::string part = kPart;
+    part.insert(part.find("*Element"), "400000000, 9., 9.\n");
+    const Outcome flat = Flat(part + kTwice + "*End Assembly\n");
+    EXPECT_TRUE(flat.made) << flat;
+    EXPECT_NE(flat.text.find("\n400000001, 5, 0\n"), std::string::npos) << flat;
+}
+
+TEST(Flatten, OneInstanceAndItsAssemblyKeepTheirNumbers) {
+    const Outcome flat = Flat(kPart + "*End Part\n*Assembly, name=A\n*Instance, name=I, part=P\n*End Instance\n"
+                                      "*Node\n9, 5., 5.\n*Nset, nset=Ref\n9\n*End Assembly\n",
+                              {{}, true, false});
+    EXPECT_NE(flat.text.find("\n9, 5, 5\n"), std::string::npos) << flat;
+    EXPECT_EQ(flat.map, "kind\tinstance\told\tnew\n");
+}
+
 TEST(Flatten, SetsOfInstancesHaveTheirName) {
     const std::string part = kPart + "*Nset, nset=Left\n1, 4\n*Nset, nset=C_Glue\n2\n";
     const std::string set = "*Nset, nset=Left, instance=J\n2\n*End Assembly\n";
@@ -200,6 +230,33 @@ TEST(Flatten, NamesThatTheTranslatorWouldChangeAreReplaced) {
     EXPECT_NE(flat.text.find("*Nset, nset=LEFT_SIDE~2\n3\n"), std::string::npos);
     EXPECT_NE(flat.map.find("nset\t\tleft side\tLEFT_SIDE\n"), std::string::npos);
     EXPECT_TRUE(flat.Has("11 name-replaced: the name OLD_INSTANCE is OLD_INST-ANCE in the plain deck"));
+    const Outcome third =
+        Flat(kPlate + "*Nset, nset=left_side~2\n1\n*Nset, nset=left_side\n2\n*Nset, nset=\"left side\"\n3\n");
+    EXPECT_NE(third.text.find("nset=LEFT_SIDE~2\n1\n*Nset, nset=LEFT_SIDE\n2\n*Nset, nset=LEFT_SIDE~3\n3\n"),
+              std::string::npos)
+        << third;
+}
+
+TEST(Flatten, NamesMayBeLongNumbersOrHoldATab) {
+    const std::string longName(300, 'A');
+    const Outcome flat = Flat(kPlate + "*Nset, nset=" + longName + "1\n1\n*Nset, nset=" + longName +
+                                  "2\n2\n*Nset, nset=\"a\tb\"\n3\n*Elset, elset=12\n1\n",
+                              {{}, true, false});
+    const std::string kept = longName.substr(0, 248);
+    EXPECT_NE(flat.text.find("nset=" + kept + "\n1\n*Nset, nset=" + kept + "~2\n2\n"), std::string::npos) << flat;
+    EXPECT_NE(flat.map.find("nset\t\ta b\tA_B\n"), std::string::npos) << flat;
+    EXPECT_EQ(flat.Section("*Elset, elset=_12"), "*Elset, elset=_12\n1\n"); // on a row of a surface it is no element
+}
+
+TEST(Flatten, RowsOfSetsHaveSixteenMembers) {
+    std::string nodes = "*Node\n";
+    std::string numbers;
+    for (int i = 5; i <= 21; ++i) {
+        nodes += std::to_string(i) + ", 9., 9.\n";
+        numbers += std::to_string(i) + (i < 20 ? ", " : "\n");
+    }
+    EXPECT_EQ(Flat(kPlate + nodes + "*Nset, nset=A, generate\n5, 21, 1\n").Section("*Nset, nset=A"),
+              "*Nset, nset=A\n" + numbers);
 }
 
 // Groups ---------------------------------------------------------------------------------------------------
@@ -228,6 +285,20 @@ TEST(Groups, ComeFromAllSetsOfAnElementWhenAskedFor) {
     EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=LOW+HIGH"), "*Element, type=CPS3, elset=LOW+HIGH\n1, 1, 2, 3\n")
         << flat;
     EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=HIGH"), "*Element, type=CPS3, elset=HIGH\n2, 1, 3, 4\n");
+}
+
+TEST(Groups, ThatSetsShareAreCutLooseAsAWhole) {
+    const Outcome flat = Flat(kPlate + "*Elset, elset=C_A\n1, 2\n*Elset, elset=C_B\n1\n", With(Groups::sets));
+    EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=C_A+B"), "*Element, type=CPS3, elset=C_A+B\n1, 1, 2, 3\n")
+        << flat;
+    EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=C_A"), "*Element, type=CPS3, elset=C_A\n2, 1, 3, 4\n");
+}
+
+TEST(Groups, WithoutElementsAreWrittenOnce) {
+    const std::string spare = "*Element, type=CPS3, elset=SPARE\n";
+    const Outcome flat = Flat(kPlate + spare + spare);
+    ASSERT_NE(flat.text.find(spare), std::string::npos) << flat;
+    EXPECT_EQ(flat.text.find(spare), flat.text.rfind(spare)) << flat;
 }
 
 TEST(Groups, WithoutAnythingAreAll) {
@@ -293,6 +364,20 @@ TEST(Overlaps, AreDividedWithoutLoss) {
     const Outcome flat = Flat(kPlate + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2, 3\n", With(Overlaps::split));
     const std::string sets = "*Nset, nset=A\n1\n*Nset, nset=A+B\n2\n*Nset, nset=B\n3\n";
     EXPECT_NE(flat.text.find(sets), std::string::npos) << flat;
+    const Outcome parts = Flat(kPart + "*Nset, nset=A\n1, 2\n*Nset, nset=B\n2\n" + kTwice + "*End Assembly\n",
+                               {With(Overlaps::split).options, true, false});
+    EXPECT_NE(parts.map.find("nset\tI\tA\tI.A\n"), std::string::npos) << parts;
+    EXPECT_EQ(parts.map.find('+'), std::string::npos) << parts; // the deck has no set of that name
+    const Outcome empty = Flat(kPlate + "*Nset, nset=None\n*Nset, nset=A\n1, 2\n", With(Overlaps::split));
+    EXPECT_NE(empty.text.find("*Nset, nset=NONE\n*Nset, nset=A\n1, 2\n"), std::string::npos) << empty;
+}
+
+// Both have four triangles in the end; of faces as the deck has them B has three and A two.
+TEST(Overlaps, AreWonByTheFewestFacesBeforeTheCut) {
+    const Outcome flat = Flat(kCube + "*Node\n11, 5., 0., 0.\n12, 6., 0., 0.\n13, 5., 1., 0.\n14, 5., 0., 1.\n"
+                                      "*Element, type=C3D4, elset=Body\n2, 11, 12, 13, 14\n"
+                                      "*Surface, name=B\n1, S1\n2, S1\n2, S2\n*Surface, name=A\n1, S1\n1, S2\n");
+    EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=B"), "*Surface, type=ELEMENT, name=B\n2, S1\n2, S2\n") << flat;
 }
 
 // Skins and what is no cell --------------------------------------------------------------------------------
@@ -310,6 +395,20 @@ TEST(Skins, ThatAreASurfaceAlreadyMakeNone) {
     EXPECT_EQ(flat.text.find("BASE"), std::string::npos);
 }
 
+TEST(Skins, ComeBehindTheSurfacesOfTheDeck) {
+    const Outcome flat = Flat(kTet + "*Element, type=S3, elset=Base\n11, 3, 2, 1\n*Surface, name=Foot\n1, S1\n1, S2\n",
+                              With(Overlaps::first));
+    EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=FOOT"), "*Surface, type=ELEMENT, name=FOOT\n1, S1\n1, S2\n")
+        << flat;
+    EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=BASE"), "*Surface, type=ELEMENT, name=BASE\n");
+}
+
+TEST(Skins, BetweenTwoCellsAreFacesOfTheFirst) {
+    const Outcome flat =
+        Flat(kTet + "2, 2, 3, 4, 5\n*Node\n5, 1., 1., 1.\n*Element, type=S3, elset=Base\n11, 2, 3, 4\n");
+    EXPECT_EQ(flat.Section("*Surface, type=ELEMENT, name=BASE"), "*Surface, type=ELEMENT, name=BASE\n1, S3\n") << flat;
+}
+
 TEST(Skins, GiveTheirSidesToSurfaces) {
     const Outcome flat = Flat(kTet + "*Element, type=S3, elset=Base\n11, 1, 4, 2\n*Surface, name=Side\nBase, SPOS\n");
     EXPECT_NE(flat.text.find("*Surface, type=ELEMENT, name=SIDE\n1, S2\n"), std::string::npos) << flat;
@@ -320,6 +419,14 @@ TEST(Skins, OnNobodysFaceAreAnError) {
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.text, "");
     EXPECT_TRUE(flat.Has("11 stray-triangles: 1 triangle or quadrilateral lies on no face of a solid")) << flat;
+}
+
+TEST(Skins, OnNobodysFaceAreToldOfEachSection) {
+    const Outcome flat = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=S3, elset=Base\n11, 1, 2, 5\n"
+                                     "*Element, type=S3, elset=Side\n12, 1, 3, 5\n13, 2, 3, 5\n");
+    ASSERT_EQ(flat.findings.size(), 2u) << flat;
+    EXPECT_EQ(flat.findings[0].substr(0, 21), "11 stray-triangles: 1") << flat;
+    EXPECT_EQ(flat.findings[1].substr(0, 21), "13 stray-triangles: 2") << flat;
 }
 
 TEST(Skins, OfAPlaneMeshAreLines) {
@@ -353,6 +460,12 @@ TEST(Skins, OfHexahedraAreCutLikeThem) {
 TEST(NoCells, AreToldByWhatTheyCarry) {
     EXPECT_TRUE(Flat(kTet + "*Element, type=B31, elset=Edge\n11, 1, 2\n")
                     .Has("9 lines-on-edges: 1 element of type B31 lies on an edge of a cell: it is passed over"));
+    const std::string curved = kTet + "*Node\n5, 0.5, 0., 0.\n*Element, type=B32, elset=Edge\n";
+    for (const std::string &deck :
+         {curved + "11, 1, 5, 2\n", curved + "11, 1, 2, 5\n"}) { // the middle one between, last
+        EXPECT_TRUE(
+            Flat(deck).Has("11 lines-on-edges: 1 element of type B32 lies on an edge of a cell: it is passed over"));
+    }
     EXPECT_TRUE(Flat(kTet + "*Element, type=MASS, elset=Edge\n11, 1\n")
                     .Has("8 no-cell: 1 element of type MASS is ignored: it has no shape"));
     const Outcome beam = Flat(kTet + "*Node\n5, 9., 9., 9.\n*Element, type=B31, elset=Edge\n11, 1, 5\n");
@@ -366,6 +479,16 @@ TEST(NoCells, OutOfThePlaneAreAnError) {
     EXPECT_FALSE(flat.made);
     EXPECT_EQ(flat.findings.size(), 1u) << flat;
     EXPECT_EQ(flat.findings.at(0).substr(0, 14), "8 out-of-plane") << flat;
+    const Outcome small = Flat("*Node\n1, 0., 0., 0.\n2, 1e-3, 0., 0.\n3, 1e-3, 1e-3, 1e-10\n"
+                               "*Element, type=S3, elset=A\n1, 1, 2, 3\n"); // it lies out by its own measure
+    EXPECT_EQ(small.findings.at(0).substr(0, 14), "6 out-of-plane") << small;
+}
+
+TEST(NoCells, AloneMakeNoPlainDeck) {
+    const Outcome flat = Flat("*Node\n1, 0., 0., 0.\n*Element, type=MASS, elset=M\n1, 1\n");
+    EXPECT_FALSE(flat.made);
+    EXPECT_EQ(flat.text, "");
+    EXPECT_EQ(flat.findings.at(0).substr(0, 13), "0 empty-deck:") << flat;
 }
 
 // Splitting ------------------------------------------------------------------------------------------------
@@ -408,7 +531,7 @@ TEST(Splitting, PutsNodesIntoTheMiddleOfFacesAndOfTheBody) {
     deck += "9, 0.5, -0.5, 0.\n10, 1., 0.5, 0.\n11, 0.5, 1., 0.\n12, 0., 0.5, 0.\n13, 0.5, 0., 1.\n14, 1., 0.5, 1.\n"
             "15, 0.5, 1., 1.\n16, 0., 0.5, 1.\n17, 0., 0., 0.5\n18, 1., 0., 0.5\n19, 1., 1., 0.5\n20, 0., 1., 0.5\n"
             "*Element, type=C3D20R, elset=Body\n1, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,\n16, 17, 18, 19, "
-            "20\n";
+            "20\n*Nset, nset=Corners\n1, 2, 3, 4\n*Nset, nset=Top\n5, 6, 7, 8, 13, 14, 15, 16\n";
     const Outcome flat = Flat(deck);
     EXPECT_TRUE(flat.made) << flat;
     EXPECT_NE(flat.text.find("\n21, 0.5, 0.25, 0\n22, 0.5, -0.25, 0.5\n23, 0.5, 0.375, 0.5\n24, 0, 0.5, 0.5\n"
@@ -417,6 +540,10 @@ TEST(Splitting, PutsNodesIntoTheMiddleOfFacesAndOfTheBody) {
         << flat;
     // The first piece is 5, 8, 7, 1: edges 5-8, 8-7, 7-5, 5-1, 8-1, 7-1.
     EXPECT_NE(flat.text.find("\n1, 5, 8, 7, 1, 16, 15, 27, 17, 24, 23\n"), std::string::npos) << flat;
+    // A new node is in a set that holds all eight nodes of its face.
+    EXPECT_NE(flat.text.find("nset=CORNERS\n1, 2, 3, 4\n*Nset, nset=TOP\n5, 6, 7, 8, 13, 14, 15, 16, 27\n"),
+              std::string::npos)
+        << flat;
 }
 
 // Corners 4 and 8 are 3 and 7. Of the wedge left the top 5-7-6 and the side 2-6-7-3, cut through 2, see node 1. New

@@ -7,6 +7,7 @@
 #include <array>
 #include <map>
 #include <numeric>
+#include <set>
 #include <vector>
 
 namespace {
@@ -71,6 +72,18 @@ std::vector<Triangle> Boundary(Shape shape, const int *numbers) {
     return triangles;
 }
 
+// The triangles that only one piece has.
+std::vector<Triangle> Outside(const Pieces &pieces, const int *numbers) {
+    std::vector<Triangle> once;
+    for (const auto &[triangle, count] : Triangles(pieces, numbers)) {
+        EXPECT_LE(count, 2);
+        if (count == 1) {
+            once.push_back(triangle);
+        }
+    }
+    return once;
+}
+
 // All orders of the numbers: volume, boundary, interior. The counts of pieces that occur.
 std::map<int, int> TryAllOrders(Shape shape, const Points &points, double volume) {
     std::vector<int> numbers(points.size());
@@ -86,14 +99,7 @@ std::map<int, int> TryAllOrders(Shape shape, const Points &points, double volume
             sum += piece;
         }
         EXPECT_DOUBLE_EQ(sum, volume);
-        std::vector<Triangle> once;
-        for (const auto &[triangle, count] : Triangles(pieces, numbers.data())) {
-            EXPECT_LE(count, 2);
-            if (count == 1) {
-                once.push_back(triangle);
-            }
-        }
-        EXPECT_EQ(once, Boundary(shape, numbers.data()));
+        EXPECT_EQ(Outside(pieces, numbers.data()), Boundary(shape, numbers.data()));
     } while (std::next_permutation(numbers.begin(), numbers.end()) && !testing::Test::HasFailure());
     return counts;
 }
@@ -143,9 +149,10 @@ TEST(Split, QuadrilateralsAreCutThroughTheSmallest) {
     EXPECT_EQ(flatten::SplitOtherwise(Shape::quad4, numbers, 1).count, 0);
 }
 
-// All ways fill the cube, if not with the faces of the rule.
+// All ways fill the cube, if not with the faces of the rule. Those from one corner cut three faces in two ways each.
 TEST(Split, OtherWaysFillTheElement) {
     const int numbers[] = {5, 2, 8, 1, 7, 3, 6, 4};
+    std::map<int, std::set<std::vector<Triangle>>> outside; // by the corner
     for (int way = 0; way < flatten::kMostWays; ++way) {
         const Pieces pieces = flatten::SplitOtherwise(Shape::hex8, numbers, way);
         double sum = 0;
@@ -154,6 +161,11 @@ TEST(Split, OtherWaysFillTheElement) {
         }
         EXPECT_EQ(pieces.count, 6);
         EXPECT_DOUBLE_EQ(sum, 6);
+        outside[pieces.piece[0].corner[3]].insert(Outside(pieces, numbers));
+    }
+    EXPECT_EQ(outside.size(), 8u);
+    for (const auto &[corner, ways] : outside) {
+        EXPECT_EQ(ways.size(), 8u) << corner;
     }
 }
 

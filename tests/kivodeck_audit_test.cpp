@@ -179,6 +179,24 @@ TEST_F(Audit, ShowsTheWorstTen) {
     EXPECT_NE(Run("audit").out.find("  tags             FAILED 4: tags name no group\n    node 0 at (0, 0)\n"),
               std::string::npos);
     EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][2]["count"], 4);
+    std::string groups = "<Groups>\n";
+    for (int tag = 11; tag <= 22; ++tag) { // twelve, without nodes
+        groups += "  <Node Group> N" + std::to_string(tag) + "\n    NodeTag =         " + std::to_string(tag) +
+                  "\n  </Node Group> N" + std::to_string(tag) + "\n";
+    }
+    Write(With("<Groups>\n", groups));
+    EXPECT_NE(Run("audit").out.find("    node group \"N20\"\n    and 2 more\n"), std::string::npos) << Run("audit").out;
+    EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][3]["places"].size(), 10u);
+    EXPECT_EQ(json::parse(Run("audit --format=json").out)["checks"][3]["places"][0]["kind"], "node_group");
+}
+
+TEST_F(Audit, TellsHowManyRegionsAreLooseCells) {
+    std::string text = kSquare;
+    for (std::size_t at = 0; (at = text.find("PLATE", at)) != std::string::npos; at += 7) {
+        text.replace(at, 5, "C_PLATE");
+    }
+    Write(text);
+    EXPECT_NE(Run("audit").out.find("  regions: 1, with the 2 cells of C_ groups one by one\n"), std::string::npos);
 }
 
 TEST_F(Audit, AsJsonHasTheseKeys) {
@@ -228,6 +246,14 @@ TEST_F(Audit, WritesWhatFailsForViewers) {
               "POINTS 3 double\n0 0 0\n0 1 0\n1 1 0\nCELLS 1 4\n3 0 1 2\nCELL_TYPES 1\n5\nCELL_DATA 1\n"
               "SCALARS Check int 1\nLOOKUP_TABLE default\n6\nSCALARS Index int 1\nLOOKUP_TABLE default\n1\n"
               "SCALARS Subject int 1\nLOOKUP_TABLE default\n2\n");
+    std::string text = kSquare; // a node without place is drawn at 0
+    const std::string place = "   1.000000000000000e+00   0.000000000000000e+00\n                 2";
+    for (std::size_t at = 0; (at = text.find(place, at)) != std::string::npos;) {
+        text.replace(at, 24, "                     inf");
+    }
+    Write(text);
+    EXPECT_EQ(Run("audit --vtk=bad.vtk").status, 1);
+    EXPECT_NE(Read("bad.vtk").find("\nPOINTS 1 double\n0 0 0\nCELLS 1 2\n1 0\n"), std::string::npos) << Read("bad.vtk");
     EXPECT_EQ(Run("audit --vtk=nowhere/bad.vtk").status, 2);
     EXPECT_EQ(json::parse(Run("audit --format=json --vtk=/dev/full").out)["findings"][0]["code"], "unwritable");
 }
@@ -289,6 +315,15 @@ TEST_F(Audit, WritesOverNothingButVtkFiles) {
     EXPECT_EQ(Run("audit").status, 0) << "the mesh is as it was";
     EXPECT_EQ(Run("audit --vtk=bad.vtk").status, 0);
     EXPECT_EQ(Run("audit --vtk=bad.vtk").status, 0);
+}
+
+// Two tetrahedra that hang together by one node.
+TEST_F(Audit, OfASolidNamesPlacesInSpace) {
+    Write("*Node\n1, 1., 2., 3.\n2, 2., 2., 3.\n3, 1., 3., 3.\n4, 1., 2., 4.\n5, 0., 2., 3.\n6, 1., 1., 3.\n"
+          "7, 1., 2., 2.\n*Element, type=C3D4, elset=A\n1, 1, 2, 3, 4\n2, 1, 5, 7, 6\n",
+          "deck.inp");
+    EXPECT_EQ(Run("run deck.inp").status, 1);
+    EXPECT_NE(Run("audit").out.find("\n    node 0 at (1, 2, 3)\n"), std::string::npos) << Run("audit").out;
 }
 
 // Files that are no meshes ----------------------------------------------------------------------------

@@ -296,6 +296,7 @@ TEST(MeshFile, TheFirstDepartureIsNamedWithItsLine) {
         {2, "    Dimension = 3D", "line 12: no number as \"%24.15e\" writes it"},
         {4, " ", "line 4: the line does not end where it should"},
         {6, "    Minimum Edge Charac =     5.00000000000000e-01", "line 6: no number as \"%24.15e\" writes it"},
+        {6, "    Minimum Edge Charac =   1.900000000000000e+001", "line 6: no number as \"%24.15e\" writes it"},
         {7, "    Minimum Edge Length =    9.007199254740993e+15", "line 7: no number as \"%24.15e\" writes it"},
         {10, "    Number_Of_Nodes =         -1", "line 10: Number_Of_Nodes is below 0"},
         {10, "    Number_Of_Nodes = 3", "line 10: no whole number at the right of 10 characters"},
