@@ -422,8 +422,8 @@ const FindingKind kKinds[kCodes] = {
  "Use another unit of length (kivodeck run --scale)."},
 {Code::mixedDimension, "mixed-dimension", Level::error,
  "a mesh has one dimension, but %1",
- "Meshers write the skin of a body as triangles, and the translator takes both for cells. The first section of "
- "elements, if it has no rows, determines the dimension of the mesh file.",
+ "Meshers write the skin of a body as triangles, and the translator takes both for cells. The section with the largest "
+ "first element number determines the dimension of the mesh file, or the first section if it has no rows.",
  nullptr,
  USE_FLATTEN ": the skin becomes a surface."},
 {Code::outOfPlane, "out-of-plane", Level::error,

@@ -104,7 +104,7 @@ input deck into the mesh file of the KIVO solver. It corrects the orientation
 of elements, gives the elements of groups whose names start with \"C_\" nodes
 of their own, and can also write the mesh as VTK files.
 .
-kivodeck reports what the translator would lose, rewrites any deck as a plain
+kivodeck reports what the translator would lose, rewrites a deck as a plain
 one that is translated completely, and checks the mesh.
 .
 kivorender draws the mesh as a PNG picture. It needs python3-vtk9,

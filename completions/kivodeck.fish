@@ -9,7 +9,7 @@ complete -c kivodeck -n $none -f
 complete -c kivodeck -n $none -l version -d 'Display program version information and exit'
 complete -c kivodeck -n $none -a check -d 'report what KIVOm alone would lose of a deck'
 complete -c kivodeck -n $none -a flatten -d 'write the same mesh as a plain deck'
-complete -c kivodeck -n $none -a run -d 'flatten, translate and audit any deck'
+complete -c kivodeck -n $none -a run -d 'flatten and translate a deck, audit the mesh'
 complete -c kivodeck -n $none -a audit -d 'check a mesh.input'
 complete -c kivodeck -n $none -a explain -d 'describe a finding, a check or a measure'
 

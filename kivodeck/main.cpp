@@ -419,7 +419,7 @@ int Run(int argc, char **argv) {
     app.footer("Exit status: 0 fine, 1 findings (--fail-on) or failed checks, 2 could not run.");
     CLI::App *check = app.add_subcommand("check", "report what KIVOm alone would lose of a deck");
     CLI::App *flat = app.add_subcommand("flatten", "write the same mesh as a plain deck");
-    CLI::App *run = app.add_subcommand("run", "flatten, translate and audit any deck");
+    CLI::App *run = app.add_subcommand("run", "flatten and translate a deck, audit the mesh");
     CLI::App *audit = app.add_subcommand("audit", "check a mesh.input");
     CLI::App *explain = app.add_subcommand("explain", "describe a finding, a check or a measure");
     DescribeCheck(check, &options);
