@@ -443,7 +443,7 @@ const FindingKind kKinds[kCodes] = {
  PLATE_NODES "*Element, type=CPS3\n1, 1, 2, 3\n2, 1, 3, 4\n",
  "Write ELSET= on the *ELEMENT line, or " FLATTEN "."},
 {Code::dividedGroup, "divided-group", Level::warning,
- "group %1 has several sections: its elements differ in material (flatten --groups=sections separates them)",
+ "group %1 has several sections: its elements may differ in material (flatten --groups=sections separates them)",
  "The group comes from the *ELEMENT line, the materials from sections.",
  PLATE "*Elset, elset=A\n1\n*Elset, elset=B\n2\n*Surface, name=S\nA, S1\nB, S2\n"
  "*Solid Section, elset=A, material=Steel\n*Solid Section, elset=B, material=Iron\n",

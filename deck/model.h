@@ -151,7 +151,6 @@ struct SurfaceTable {
 struct Assignment {
     int card;
     std::string elset;
-    std::string material; // MATERIAL= or COMPOSITE, "" without
 };
 
 enum class ScopeKind { root, part, instance };

@@ -74,9 +74,7 @@ void TakeScope(Building *b, int at, Open *open) {
 }
 
 void ReadAssignment(Building *b, int card) {
-    const Card &at = b->At(card);
-    const std::string material = FindParameter(at, "COMPOSITE") != nullptr ? "COMPOSITE" : ValueOf(at, "MATERIAL");
-    b->Here().assignments.push_back({card, ValueOf(at, "ELSET"), material});
+    b->Here().assignments.push_back({card, ValueOf(b->At(card), "ELSET")});
 }
 
 void TakeSection(Building *b, int card) {

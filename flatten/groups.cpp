@@ -141,7 +141,7 @@ void RegroupBySets(Grouping *g) {
     }
 }
 
-// Several materials in one group.
+// Several sections in one group, most often of several materials.
 void TellDivided(Grouping *g) {
     const deck::Mesh &mesh = g->m->mesh;
     std::vector<int> first(g->groups.size(), -1);

@@ -270,7 +270,7 @@ TEST(Groups, ComeFromElementLines) {
     EXPECT_EQ(flat.Section("*Element, type=CPS3, elset=PLATE"),
               "*Element, type=CPS3, elset=PLATE\n1, 1, 2, 3\n2, 1, 3, 4\n");
     EXPECT_EQ(flat.findings, Strings{"14 divided-group: group PLATE has several sections: its elements "
-                                     "differ in material (flatten --groups=sections separates them)"});
+                                     "may differ in material (flatten --groups=sections separates them)"});
 }
 
 TEST(Groups, ComeFromTheLastSectionWhenAskedFor) {
