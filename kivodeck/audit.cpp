@@ -1,6 +1,7 @@
 // The verb audit from the file's name to the exit status.
 #include "kivodeck/audit.h"
 
+#include "kivodeck/flat.h"
 #include "kivodeck/terminal.h"
 
 #include <cerrno>
@@ -72,7 +73,7 @@ std::string WhyNotTo(const std::string &path, const std::string &mesh) {
     if (path.empty() || !std::filesystem::exists(path, error)) {
         return "";
     }
-    if (std::filesystem::equivalent(path, mesh, error)) {
+    if (IsSameFile(path, mesh)) {
         return "is the mesh itself";
     }
     if (!std::filesystem::is_regular_file(path, error)) {
@@ -95,14 +96,6 @@ meshfile::Result ReadMesh(const std::string &path) {
         result.error = {1, "the file is empty"};
     }
     return result;
-}
-
-// Of a place that is a group.
-std::string NameOfGroup(const meshfile::Mesh &mesh, const audit::Place &place) {
-    const auto index = static_cast<std::size_t>(place.index);
-    return place.subject == audit::Subject::nodeGroup   ? mesh.nodeGroups[index].name
-           : place.subject == audit::Subject::faceGroup ? mesh.faceGroups[index].name
-                                                        : mesh.cellGroups[index].name;
 }
 
 } // namespace
@@ -153,7 +146,7 @@ MeshInShort LookAtMesh(const std::string &path) {
         }
     }
     for (const audit::Place &place : verdict.Of(audit::Check::groups).places) {
-        inShort.empty.emplace_back(place.subject, NameOfGroup(mesh, place));
+        inShort.empty.emplace_back(place.subject, *audit::GroupOf(mesh, place));
     }
     inShort.counts = verdict.counts;
     return inShort;

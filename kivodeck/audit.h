@@ -26,11 +26,14 @@ struct AuditRun {
 
 AuditRun RunAudit(const AuditOptions &options);
 
+// Kind and name.
+using GroupName = std::pair<audit::Subject, std::string>;
+
 // A mesh file in short.
 struct MeshInShort {
     std::vector<std::string> failed; // checks; "unreadable" where it is no mesh file
     audit::Counts counts;
-    std::vector<std::pair<audit::Subject, std::string>> empty; // groups without members: kind and name
+    std::vector<GroupName> empty; // groups without members
 };
 
 MeshInShort LookAtMesh(const std::string &path);

@@ -23,7 +23,9 @@
 #include <filesystem>
 #include <fstream>
 #include <new>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -161,18 +163,15 @@ int PrintFlat(const kivodeck::FlatResult &result, const Options &options, const 
                  status);
 }
 
-std::string Count(long long n, const char *what) {
-    return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
-}
-
 // What the plain deck holds, on one line.
 std::string FlatLine(const kivodeck::FlatResult &result, const std::string &flat) {
     const account::Summary &held = result.report.reading;
     const auto size = [](const std::vector<account::Count> &list) { return static_cast<long long>(list.size()); };
     return flat + ": " +
-           (result.made ? Count(held.nodes, "node") + ", " + Count(held.elements, "element") + ", " +
-                              Count(size(held.cellGroups), "cell group") + ", " +
-                              Count(size(held.nodeSets), "node set") + ", " + Count(size(held.surfaces), "surface")
+           (result.made ? kivodeck::Plural(held.nodes, "node") + ", " + kivodeck::Plural(held.elements, "element") +
+                              ", " + kivodeck::Plural(size(held.cellGroups), "cell group") + ", " +
+                              kivodeck::Plural(size(held.nodeSets), "node set") + ", " +
+                              kivodeck::Plural(size(held.surfaces), "surface")
                         : "not written") +
            "\n";
 }
@@ -205,25 +204,31 @@ int Translate(const Options &options, std::string deck) {
     return status;
 }
 
-// Whether the plain deck has a group of that kind and name without members: the mesh is then as it should be.
-bool IsEmptyInDeck(const account::Summary &reading, audit::Subject kind, const std::string &name) {
-    const std::vector<account::Count> &groups = kind == audit::Subject::nodeGroup   ? reading.nodeSets
-                                                : kind == audit::Subject::faceGroup ? reading.surfaces
-                                                                                    : reading.cellGroups;
-    return std::any_of(groups.begin(), groups.end(),
-                       [&name](const account::Count &group) { return group.name == name && group.count == 0; });
+// The groups that the plain deck has without members: the mesh is as it should be when it has them so.
+std::set<kivodeck::GroupName> EmptyInDeck(const account::Summary &reading) {
+    std::set<kivodeck::GroupName> empty;
+    for (const auto &[kind, groups] : {std::make_pair(audit::Subject::nodeGroup, &reading.nodeSets),
+                                       std::make_pair(audit::Subject::faceGroup, &reading.surfaces),
+                                       std::make_pair(audit::Subject::cellGroup, &reading.cellGroups)}) {
+        for (const account::Count &group : *groups) {
+            if (group.count == 0) {
+                empty.emplace(kind, group.name);
+            }
+        }
+    }
+    return empty;
 }
 
 // The mesh of a run that came to its end. Groups that are empty in the plain deck, too, fail nothing: that is what the
 // deck means, or what its sets leave each other, and they are counted.
 kivodeck::MeshInShort JudgeMesh(const account::Summary &reading, kivodeck::Files *files) {
     kivodeck::MeshInShort mesh = kivodeck::LookAtMesh(kMeshFile);
-    const bool known = std::all_of(mesh.empty.begin(), mesh.empty.end(), [&reading](const auto &group) {
-        return IsEmptyInDeck(reading, group.first, group.second);
-    });
+    const std::set<kivodeck::GroupName> inDeck = EmptyInDeck(reading);
+    const bool known = std::all_of(mesh.empty.begin(), mesh.empty.end(),
+                                   [&inDeck](const kivodeck::GroupName &group) { return inDeck.count(group) == 1; });
     if (known && !mesh.empty.empty()) {
         mesh.failed.erase(std::find(mesh.failed.begin(), mesh.failed.end(), audit::KindOf(audit::Check::groups).word));
-        for (const auto &group : mesh.empty) {
+        for (const kivodeck::GroupName &group : mesh.empty) {
             files->emptyGroups.push_back(group.second);
         }
     }
@@ -233,10 +238,10 @@ kivodeck::MeshInShort JudgeMesh(const account::Summary &reading, kivodeck::Files
 
 // What the mesh holds, and what an audit says of it.
 std::string MeshLine(const kivodeck::MeshInShort &mesh, std::size_t nEmpty) {
-    std::string line = std::string(kMeshFile) + ": " + Count(mesh.counts.nodes, "node") + ", " +
-                       Count(mesh.counts.faces, "face") + ", " + Count(mesh.counts.cells, "cell");
+    std::string line = std::string(kMeshFile) + ": " + kivodeck::Plural(mesh.counts.nodes, "node") + ", " +
+                       kivodeck::Plural(mesh.counts.faces, "face") + ", " + kivodeck::Plural(mesh.counts.cells, "cell");
     if (nEmpty > 0) {
-        line += ", " + Count(static_cast<long long>(nEmpty), "empty group");
+        line += ", " + kivodeck::Plural(static_cast<long long>(nEmpty), "empty group");
     }
     line += mesh.failed.empty() ? ": mesh ok" : ": mesh fails";
     for (const std::string &check : mesh.failed) {

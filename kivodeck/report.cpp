@@ -53,10 +53,6 @@ std::string ChainText(const Report &report, const deck::Place &place) {
     return text.empty() ? text : text + ")";
 }
 
-std::string Plural(long long count, const std::string &what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string FindingLine(const Report &report, const Finding &finding, bool colour) {
     const account::FindingKind &kind = account::KindOf(finding.code);
     return Paint(PlaceText(report, finding.place) + ":", "1", colour) + " " +
@@ -156,6 +152,10 @@ std::string Dump(const ordered_json &json) {
 }
 
 } // namespace
+
+std::string Plural(long long count, const std::string &what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
 
 std::string TextReport(const Report &report, const TextStyle &style, const std::string &lines,
                        const std::string &behind) {

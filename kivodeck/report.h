@@ -42,6 +42,9 @@ std::string JsonFailure(const std::string &code, const std::string &text);
 std::string ExplainAll(const std::string &format);
 std::string ExplainOne(account::Code code, const std::string &format);
 
+// "1 node", "2 nodes".
+std::string Plural(long long count, const std::string &what);
+
 // A text in lines that fit a terminal, each after the indent; with the last line end.
 std::string Wrap(const std::string &text, const std::string &indent);
 
