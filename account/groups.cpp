@@ -117,28 +117,11 @@ void AccountElementGroups(Account *account) {
 // Groups whose elements several sections assign.
 void AccountDividedGroups(Account *account) {
     const deck::Mesh &mesh = account->mesh;
-    std::vector<int> first(mesh.groups.size(), -1);  // assignment of the group's first element that has one
-    std::vector<int> second(mesh.groups.size(), -1); // another one
-    for (std::size_t e = 0; e < mesh.group.size() && !mesh.assignments.empty(); ++e) {
-        const auto group = static_cast<std::size_t>(mesh.group[e]);
-        const int assignment = mesh.assignment[e];
-        if (mesh.group[e] < 0 || assignment < 0 || mesh.groups[group].from != deck::GroupFrom::elset) {
-            continue;
+    for (const deck::DividedGroup &divided : FindDividedGroups(account->deck, mesh, [](std::size_t) { return true; })) {
+        const deck::CellGroup &group = mesh.groups[static_cast<std::size_t>(divided.group)];
+        if (account->placedHeld[static_cast<std::size_t>(group.placed)] != 0) {
+            Add(account, Code::dividedGroup, PlaceOf(*account, divided.card), {group.plain});
         }
-        if (first[group] == -1) {
-            first[group] = assignment;
-        } else if (first[group] != assignment && second[group] == -1) {
-            second[group] = std::max(first[group], assignment);
-        }
-    }
-    for (std::size_t g = 0; g < second.size(); ++g) {
-        if (second[g] == -1 || account->placedHeld[static_cast<std::size_t>(mesh.groups[g].placed)] == 0) {
-            continue;
-        }
-        const deck::Mesh::Assigned &assigned = mesh.assignments[static_cast<std::size_t>(second[g])];
-        const deck::Assignment &assignment = account->deck.scopes[static_cast<std::size_t>(assigned.scope)]
-                                                 .assignments[static_cast<std::size_t>(assigned.index)];
-        Add(account, Code::dividedGroup, PlaceOf(*account, assignment.card), {mesh.groups[g].plain});
     }
 }
 

@@ -5,6 +5,8 @@
 
 #include "deck/model.h"
 
+#include <functional>
+
 namespace deck {
 
 // A part placed (or the root): its nodes and elements are contiguous in the mesh.
@@ -124,6 +126,16 @@ int RunOfElement(const Mesh &mesh, int element);
 
 // Its nodes: a row of its run's width.
 const int *NodesOfElement(const Mesh &mesh, const ElementRun &run, int element);
+
+// A cell group of *ELEMENT lines whose elements are assigned by several sections, most often of several materials.
+struct DividedGroup {
+    int group; // in Mesh::groups
+    int card;  // in Deck::cards: of a section that divides it
+};
+
+// They stand in the order of the groups. Elements count where the call says so.
+std::vector<DividedGroup> FindDividedGroups(const Deck &deck, const Mesh &mesh,
+                                            const std::function<bool(std::size_t element)> &counts);
 
 Place PlaceOfNode(const Deck &deck, const Mesh &mesh, int node);
 Place PlaceOfElement(const Deck &deck, const Mesh &mesh, int element);

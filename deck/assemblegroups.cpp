@@ -139,4 +139,32 @@ void AssembleGroups(Assembling *a) {
     }
 }
 
+std::vector<DividedGroup> FindDividedGroups(const Deck &deck, const Mesh &mesh,
+                                            const std::function<bool(std::size_t element)> &counts) {
+    std::vector<int> first(mesh.groups.size(), -1);  // assignment of the group's first element that has one
+    std::vector<int> second(mesh.groups.size(), -1); // another one
+    for (std::size_t e = 0; e < mesh.group.size() && !mesh.assignments.empty(); ++e) {
+        const auto group = static_cast<std::size_t>(mesh.group[e]);
+        const int assignment = mesh.assignment[e];
+        if (mesh.group[e] < 0 || assignment < 0 || mesh.groups[group].from != GroupFrom::elset || !counts(e)) {
+            continue;
+        }
+        if (first[group] == -1) {
+            first[group] = assignment;
+        } else if (first[group] != assignment && second[group] == -1) {
+            second[group] = std::max(first[group], assignment);
+        }
+    }
+    std::vector<DividedGroup> divided;
+    for (std::size_t g = 0; g < second.size(); ++g) {
+        if (second[g] != -1) {
+            const Mesh::Assigned &by = mesh.assignments[static_cast<std::size_t>(second[g])];
+            divided.push_back(
+                {static_cast<int>(g),
+                 deck.scopes[static_cast<std::size_t>(by.scope)].assignments[static_cast<std::size_t>(by.index)].card});
+        }
+    }
+    return divided;
+}
+
 } // namespace deck

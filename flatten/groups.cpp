@@ -141,32 +141,12 @@ void RegroupBySets(Grouping *g) {
     }
 }
 
-// Several sections in one group, most often of several materials.
 void TellDivided(Grouping *g) {
-    const deck::Mesh &mesh = g->m->mesh;
-    std::vector<int> first(g->groups.size(), -1);
-    std::vector<int> second(g->groups.size(), -1);
-    for (std::size_t e = 0; e < mesh.group.size() && !mesh.assignments.empty(); ++e) {
-        const int assignment = mesh.assignment[e];
-        if (mesh.group[e] < 0 || assignment < 0 || g->m->role[e] != Role::cell ||
-            mesh.groups[static_cast<std::size_t>(mesh.group[e])].from != deck::GroupFrom::elset) {
-            continue;
-        }
-        const auto group = static_cast<std::size_t>(mesh.group[e]);
-        if (first[group] == -1) {
-            first[group] = assignment;
-        } else if (first[group] != assignment && second[group] == -1) {
-            second[group] = std::max(first[group], assignment);
-        }
-    }
-    for (std::size_t i = 0; i < second.size(); ++i) {
-        if (second[i] != -1) {
-            const deck::Mesh::Assigned &by = mesh.assignments[static_cast<std::size_t>(second[i])];
-            const deck::Assignment &assignment =
-                g->m->deck.scopes[static_cast<std::size_t>(by.scope)].assignments[static_cast<std::size_t>(by.index)];
-            g->m->Find(Code::dividedGroup, g->m->deck.cards[static_cast<std::size_t>(assignment.card)].place,
-                       {g->groups[i].name});
-        }
+    Making *m = g->m;
+    for (const deck::DividedGroup &divided :
+         FindDividedGroups(m->deck, m->mesh, [m](std::size_t e) { return m->role[e] == Role::cell; })) {
+        m->Find(Code::dividedGroup, m->deck.cards[static_cast<std::size_t>(divided.card)].place,
+                {g->groups[static_cast<std::size_t>(divided.group)].name});
     }
 }
 
